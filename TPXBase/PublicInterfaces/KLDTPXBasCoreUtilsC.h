@@ -1,0 +1,21 @@
+/* KLDTPXBasCoreUtilsC.h: the library's entry points for C callers; compiles as C and as C++. */
+#ifndef KLDTPXBASCOREUTILSC_H
+#define KLDTPXBASCOREUTILSC_H
+
+#ifdef __cplusplus
+#define KLDTPXBAS_C_API extern "C" __attribute__((visibility("default")))
+#else
+#define KLDTPXBAS_C_API __attribute__((visibility("default")))
+#endif
+
+/* Initialise and finalise the library with a tally of the library's own, distinct from the
+   loader's, so that C hosts nest on the same library count. */
+KLDTPXBAS_C_API void TPXBasCoreUtils_initializeC(void);
+KLDTPXBAS_C_API void TPXBasCoreUtils_finalizeC(void);
+
+/* The loader's notification: reason 1 (process attach) initialises with the loader tally,
+   0 (process detach) finalises with it, 2 and 3 (thread attach and detach) do nothing.
+   Returns 1 in every case. The library's load and unload hooks call it with 1 and 0. */
+KLDTPXBAS_C_API int DllMain(void* instance, unsigned long reason, void* reserved);
+
+#endif /* KLDTPXBASCOREUTILSC_H */

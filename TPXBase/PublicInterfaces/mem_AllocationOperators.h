@@ -1,0 +1,64 @@
+// mem_AllocationOperators.h: the allocation operators every heap class of the library uses.
+#ifndef MEM_ALLOCATIONOPERATORS_H
+#define MEM_ALLOCATIONOPERATORS_H
+
+#include "KLDTPXBasExport.h"
+#include "mem_Alloc.h"
+
+#include <cstddef>
+#include <new>
+
+/// Base of every heap class of the library: `new` of a derived class draws from the host
+/// allocation service (mem_OperatorNewThrow, which throws std::bad_alloc) and `delete` gives
+/// the block back with mem_Free. No fields, no virtual functions: deriving costs nothing.
+class mem_AllocationOperators {
+ public:
+  static void* operator new(std::size_t size) { return mem_OperatorNewThrow(size); }
+  static void operator delete(void* block) { mem_Free(block); }
+  /// Placement form, which the class operator above would otherwise hide.
+  static void* operator new(std::size_t, void* where) noexcept { return where; }
+  static void operator delete(void*, void*) noexcept {}
+};
+
+/// The same for client code's tiny objects, arrays included.
+class mem_AllocationOperatorsTiny {
+ public:
+  static void* operator new(std::size_t size) { return mem_OperatorNewTinyThrow(size); }
+  static void* operator new[](std::size_t size) { return mem_OperatorNewTinyThrow(size); }
+  static void operator delete(void* block) { mem_Free(block); }
+  static void operator delete[](void* block) { mem_Free(block); }
+  static void* operator new(std::size_t, void* where) noexcept { return where; }
+  static void operator delete(void*, void*) noexcept {}
+};
+
+/// Tag of the built-in array allocation: `new (mem_BuiltInAlloc()) int[n]` draws the array
+/// from mem_OperatorNewThrowBuiltin; give it back with mem_deleteBuiltIn, never delete[].
+struct mem_BuiltInAlloc {};
+
+inline void* operator new[](std::size_t size, mem_BuiltInAlloc) {
+  return mem_OperatorNewThrowBuiltin(size);
+}
+// Called only if an element constructor throws; built-in elements never do.
+inline void operator delete[](void* block, mem_BuiltInAlloc) noexcept { mem_Free(block); }
+
+/// Releases an array made with mem_BuiltInAlloc; null is passed on and ignored.
+inline void mem_deleteBuiltIn(char* array) { mem_Free(array); }
+inline void mem_deleteBuiltIn(unsigned short* array) { mem_Free(array); }
+inline void mem_deleteBuiltIn(int* array) { mem_Free(array); }
+inline void mem_deleteBuiltIn(unsigned int* array) { mem_Free(array); }
+/// Arrays of pointers to a class (the pointed-to objects are not touched).
+template <class T>
+inline void mem_deleteBuiltIn(T** array) {
+  mem_Free(array);
+}
+
+/// Global operators exported by the library: the plain forms behave as the standard ones
+/// (standard heap; on failure the installed new-handler, then std::bad_alloc); the forms that
+/// also take a block type, a file name and a line ignore the three and behave as the plain ones.
+KLDTPXBAS_API void* operator new(std::size_t size, int blockType, const char* file, int line);
+KLDTPXBAS_API void* operator new[](std::size_t size, int blockType, const char* file, int line);
+KLDTPXBAS_API void operator delete(void* block, int blockType, const char* file, int line) noexcept;
+KLDTPXBAS_API void operator delete[](void* block, int blockType, const char* file,
+                                     int line) noexcept;
+
+#endif  // MEM_ALLOCATIONOPERATORS_H

@@ -1,0 +1,17 @@
+// TPXBasCam_hooks.cpp: initialise and finalise of the cache-manager module.
+#include "KLDTPXBasCoreUtils_Lifecycle.h"
+#include "kld_ModuleHook.h"
+
+namespace {
+int g_count = 0;
+}  // namespace
+
+void TPXBasCam_initialize(int& tally) {
+  if (!kld::EnterUnit(g_count, tally)) return;
+  // Set-up: Nothing beyond counting: the cache manager is created on first use.
+}
+
+void TPXBasCam_finalize(int& tally) {
+  if (!kld::LeaveUnit(g_count, tally)) return;
+  // Tear-down: Destroys the cache manager singleton (added with the cache manager).
+}

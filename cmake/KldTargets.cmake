@@ -1,0 +1,42 @@
+# Helpers shared by every target of the project.
+
+set(KLD_WARNINGS -Wall -Wextra -Werror)
+
+# Settings of every shared library we build: hidden symbols unless exported, our warnings,
+# versioned soname, and no undefined symbols left for the loader to find.
+function(kld_library_defaults target)
+  set_target_properties(${target} PROPERTIES
+    CXX_VISIBILITY_PRESET hidden
+    C_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR})
+  target_compile_options(${target} PRIVATE ${KLD_WARNINGS})
+  if(NOT KLD_SANITIZE)
+    target_link_options(${target} PRIVATE -Wl,--no-undefined)
+  endif()
+endfunction()
+
+# Adds the sources of one module folder (src/*.cpp) to the library.
+function(kld_add_module_sources)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/src/*.cpp)
+  target_sources(KLDTPXBasCoreUtils PRIVATE ${sources})
+  target_include_directories(KLDTPXBasCoreUtils PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+endfunction()
+
+# One test binary per module from every *_test.cpp in the calling folder.
+#   kld_add_module_tests(<name> [LIBS extra...] [LABELS label...])
+function(kld_add_module_tests name)
+  cmake_parse_arguments(ARG "" "" "LIBS;LABELS;SOURCES" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*_test.cpp)
+  add_executable(${name}_tests ${sources} ${ARG_SOURCES})
+  target_compile_options(${name}_tests PRIVATE ${KLD_WARNINGS})
+  target_link_libraries(${name}_tests PRIVATE KLDTPXBasCoreUtils GTest::gtest_main GTest::gmock
+                        ${ARG_LIBS})
+  target_include_directories(${name}_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests/support)
+  set(labels ${name} ${ARG_LABELS})
+  gtest_discover_tests(${name}_tests
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
+    PROPERTIES LABELS "${labels}"
+    DISCOVERY_TIMEOUT 60)
+endfunction()

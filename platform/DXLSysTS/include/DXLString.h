@@ -1,0 +1,27 @@
+// DXLString.h: the platform's byte string class (stand-in).
+#ifndef DXLSTRING_H
+#define DXLSTRING_H
+
+#include "KLDTPXBasExport.h"
+
+#include <string>
+
+/// A byte string of the platform. Holds its own copy of the text; never null.
+class KLDTPXBAS_API DXLString {
+ public:
+  DXLString();
+  /// Copies text; null gives the empty string.
+  DXLString(const char* text);  // NOLINT(google-explicit-constructor): platform conversion
+  DXLString(const DXLString& other);
+  DXLString& operator=(const DXLString& other);
+  DXLString& operator=(const char* text);
+  ~DXLString();
+
+  /// The text, terminated; valid until the next assignment.
+  const char* CastToCharPtr() const;
+
+ private:
+  std::string m_text;
+};
+
+#endif  // DXLSTRING_H

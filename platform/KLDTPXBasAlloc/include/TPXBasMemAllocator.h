@@ -1,0 +1,28 @@
+// TPXBasMemAllocator.h: the allocator over the host allocation service.
+#ifndef TPXBASMEMALLOCATOR_H
+#define TPXBASMEMALLOCATOR_H
+
+#include "KLDTPXBasExport.h"
+#include "TPXBasAllocatorBase.h"
+
+/// Draws straight from mem_Malloc and gives back with mem_Free. Stateless and thread-safe.
+/// Honours mem_Testing::FailAllocationsAfter like the mem_* functions.
+class KLDTPXBAS_API TPXBasMemAllocator : public TPXBasAllocatorBase {
+ public:
+  TPXBasMemAllocator() = default;
+  ~TPXBasMemAllocator() override;
+
+  /// allocated = size when a block comes back, unchanged otherwise.
+  void* Alloc(unsigned int size, unsigned int& allocated) override;
+  void* Alloc(unsigned int size) override;
+  void Free(void* block) override;
+  /// Returns fallback: this allocator serves large blocks itself.
+  const TPXBasAllocator& LargeBlockAllocator(const TPXBasAllocator& fallback) const override;
+  void* allocate(unsigned int size, const void* hint) override;
+  void deallocate(void* block, unsigned int size) override;
+  /// Arrays of count values; null for a negative count or on failure.
+  virtual double* AllocDouble(int count);
+  virtual int* AllocInt(int count);
+};
+
+#endif  // TPXBASMEMALLOCATOR_H

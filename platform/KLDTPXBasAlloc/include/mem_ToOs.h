@@ -1,0 +1,18 @@
+// mem_ToOs.h: where the allocation library keeps the process's OS-string converter.
+#ifndef MEM_TOOS_H
+#define MEM_TOOS_H
+
+#include "KLDTPXBasExport.h"
+
+class TPXToOsBase;
+
+/// Holds the converter that turns the library's strings into the operating system's forms.
+/// The converter is owned by whoever registers it; registering again replaces it.
+class KLDTPXBAS_API mem_ToOs {
+ public:
+  static void Register(TPXToOsBase* converter);
+  /// The converter registered last, or null.
+  static TPXToOsBase* Registered();
+};
+
+#endif  // MEM_TOOS_H

@@ -1,0 +1,13 @@
+// TPXBasGenericsLib.h: initialise and finalise of the sibling library KLDTPXBasGenericsLib
+// (stand-in).
+#ifndef TPXBASGENERICSLIB_H
+#define TPXBASGENERICSLIB_H
+
+#include "KLDTPXBasExport.h"
+
+/// Nested on the library's own count; the tally grows by 1 when the count goes from 0 to 1
+/// and shrinks by 1 when it returns to 0. The stand-in does no other work.
+KLDTPXBAS_API void TPXBasGenericsLib_initialize(int& tally);
+KLDTPXBAS_API void TPXBasGenericsLib_finalize(int& tally);
+
+#endif  // TPXBASGENERICSLIB_H
