@@ -24,6 +24,8 @@
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
 #include "KLDTPXBasExport.h"
 #include "TPXBasAllocatorBase.h"
+#include "atr_NatOrder.h"
+#include "atr_utf8.h"
 #include "mem_AllocationOperators.h"
 #include "omi_Singleton.h"
 
