@@ -1,6 +1,5 @@
 // A host built against the installed package: the umbrella header is its only include.
 #include <KLDTPXBasCoreUtils.h>
-
 #include <cstdio>
 
 int main() {
