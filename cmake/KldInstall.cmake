@@ -24,6 +24,8 @@ install(FILES ${PROJECT_BINARY_DIR}/KLDTPXBasCoreUtilsConfig.cmake
               ${PROJECT_BINARY_DIR}/KLDTPXBasCoreUtilsConfigVersion.cmake
         DESTINATION ${KLD_CMAKE_DIR})
 
+# The .pc file finds its prefix from its own place, so an installed tree can be moved.
+file(RELATIVE_PATH KLD_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/KLDTPXBasCoreUtils.pc.in
                ${PROJECT_BINARY_DIR}/KLDTPXBasCoreUtils.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/KLDTPXBasCoreUtils.pc

@@ -12,6 +12,10 @@ function(kld_library_defaults target)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
   target_compile_options(${target} PRIVATE ${KLD_WARNINGS})
+  target_link_options(${target} PRIVATE
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/kld_exports.map)
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS
+    ${PROJECT_SOURCE_DIR}/cmake/kld_exports.map)
   if(NOT KLD_SANITIZE)
     target_link_options(${target} PRIVATE -Wl,--no-undefined)
   endif()

@@ -11,9 +11,10 @@ TPXBasAllocator::TPXBasAllocator(const TPXBasAllocator& other) : m_allocator(oth
 
 TPXBasAllocator& TPXBasAllocator::operator=(const TPXBasAllocator& other) {
   // Take the new reference first so that self-assignment never drops the last one.
-  if (other.m_allocator != nullptr) ++other.m_allocator->m_word;
+  TPXBasAllocatorBase* taken = other.m_allocator;
+  if (taken != nullptr) ++taken->m_word;
   Drop();
-  m_allocator = other.m_allocator;
+  m_allocator = taken;
   return *this;
 }
 

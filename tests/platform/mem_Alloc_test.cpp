@@ -1,0 +1,144 @@
+// The allocation stand-in: failure injection reaches every allocating entry point, counts.
+#include "KLDTPXBasCoreUtils.h"
+#include "gtest/gtest.h"
+#include "kld_TestSupport.h"
+
+#include <cstring>
+#include <new>
+
+namespace {
+
+TEST(mem_Alloc, FailureInjectionAllowsExactlyNThenFailsEveryEntryPoint) {
+  TPXBasMemAllocator allocator;
+  struct EntryPoint {
+    const char* name;
+    bool (*succeeds)(TPXBasMemAllocator&);
+  };
+  const EntryPoint entries[] = {
+      {"mem_Malloc",
+       [](TPXBasMemAllocator&) {
+         void* p = mem_Malloc(8);
+         mem_Free(p);
+         return p != nullptr;
+       }},
+      {"mem_Calloc",
+       [](TPXBasMemAllocator&) {
+         void* p = mem_Calloc(2, 8);
+         mem_Free(p);
+         return p != nullptr;
+       }},
+      {"mem_OperatorNewThrow",
+       [](TPXBasMemAllocator&) {
+         try {
+           mem_Free(mem_OperatorNewThrow(8));
+           return true;
+         } catch (const std::bad_alloc&) {
+           return false;
+         }
+       }},
+      {"mem_OperatorNewTinyThrow",
+       [](TPXBasMemAllocator&) {
+         try {
+           mem_Free(mem_OperatorNewTinyThrow(8));
+           return true;
+         } catch (const std::bad_alloc&) {
+           return false;
+         }
+       }},
+      {"mem_OperatorNewThrowBuiltin",
+       [](TPXBasMemAllocator&) {
+         try {
+           mem_Free(mem_OperatorNewThrowBuiltin(8));
+           return true;
+         } catch (const std::bad_alloc&) {
+           return false;
+         }
+       }},
+      {"TPXBasMemAllocator::Alloc",
+       [](TPXBasMemAllocator& a) {
+         void* p = a.Alloc(8u);
+         a.Free(p);
+         return p != nullptr;
+       }},
+      {"TPXBasMemAllocator::allocate",
+       [](TPXBasMemAllocator& a) {
+         void* p = a.allocate(8u, nullptr);
+         a.deallocate(p, 8u);
+         return p != nullptr;
+       }},
+      {"TPXBasMemAllocator::AllocDouble",
+       [](TPXBasMemAllocator& a) {
+         double* p = a.AllocDouble(3);
+         mem_Free(p);
+         return p != nullptr;
+       }},
+      {"TPXBasMemAllocator::AllocInt",
+       [](TPXBasMemAllocator& a) {
+         int* p = a.AllocInt(3);
+         mem_Free(p);
+         return p != nullptr;
+       }},
+  };
+  for (const EntryPoint& e : entries) {
+    kld_test::AllocationFailureGuard failAfterTwo(2);
+    EXPECT_TRUE(e.succeeds(allocator)) << e.name << " first";
+    EXPECT_TRUE(e.succeeds(allocator)) << e.name << " second";
+    EXPECT_FALSE(e.succeeds(allocator)) << e.name << " third";
+    EXPECT_FALSE(e.succeeds(allocator)) << e.name << " stays failed";
+    mem_Testing::FailAllocationsAfter(-1);
+    EXPECT_TRUE(e.succeeds(allocator)) << e.name << " after failing was turned off";
+  }
+}
+
+TEST(mem_Alloc, AllocatorResultsAndEdgeArguments) {
+  TPXBasMemAllocator allocator;
+  unsigned int allocated = 99;
+  void* block = allocator.Alloc(40u, allocated);
+  ASSERT_NE(nullptr, block);
+  EXPECT_EQ(40u, allocated);
+  allocator.Free(block);
+  {
+    kld_test::AllocationFailureGuard failAll(0);
+    EXPECT_EQ(nullptr, allocator.Alloc(40u, allocated));
+    EXPECT_EQ(40u, allocated) << "left alone on failure";
+  }
+  EXPECT_EQ(nullptr, allocator.AllocInt(-1));
+  EXPECT_EQ(nullptr, mem_Calloc(static_cast<std::size_t>(-1) / 2, 4)) << "overflowing product";
+  TPXBasAllocator fallback;
+  EXPECT_EQ(&fallback, &allocator.LargeBlockAllocator(fallback));
+  void* zero = mem_OperatorNewThrow(0);  // a unique block, as operator new gives
+  EXPECT_NE(nullptr, zero);
+  mem_Free(zero);
+  mem_Free(nullptr);
+}
+
+TEST(mem_Alloc, AcquireAndReleaseAreCounted) {
+  long acquired = mem_Testing::AcquireCount();
+  long released = mem_Testing::ReleaseCount();
+  int block = 0;
+  mem_Release(&block);
+  mem_Acquire(&block);
+  mem_Release(&block);
+  EXPECT_EQ(acquired + 1, mem_Testing::AcquireCount());
+  EXPECT_EQ(released + 2, mem_Testing::ReleaseCount());
+}
+
+TEST(mem_Alloc, SiblingLibrariesFollowTheTallyRule) {
+  using Hook = void (*)(int&);
+  const Hook pairs[][2] = {{TPXBasAlloc_initialize, TPXBasAlloc_finalize},
+                           {TPXBasGenericsLib_initialize, TPXBasGenericsLib_finalize},
+                           {TPXBasPrfTrkLib_initialize, TPXBasPrfTrkLib_finalize}};
+  kld_test::FreshLibrary fresh;
+  for (const auto& hooks : pairs) {
+    int tally = 10;
+    hooks[0](tally);
+    hooks[0](tally);
+    EXPECT_EQ(11, tally);
+    hooks[1](tally);
+    EXPECT_EQ(11, tally);
+    hooks[1](tally);
+    EXPECT_EQ(10, tally);
+  }
+}
+
+}  // namespace
