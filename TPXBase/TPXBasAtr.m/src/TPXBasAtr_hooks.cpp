@@ -1,6 +1,9 @@
 // TPXBasAtr_hooks.cpp: initialise and finalise of the byte-string and translation module.
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
+#include "atr_NatOrder.h"
 #include "kld_ModuleHook.h"
+
+#include <cstdlib>
 
 namespace {
 int g_count = 0;
@@ -9,6 +12,8 @@ int g_count = 0;
 void TPXBasAtr_initialize(int& tally) {
   if (!kld::EnterUnit(g_count, tally)) return;
   // Set-up: String statistics and the natural-order switch (added with the byte strings).
+  // Natural order is on unless KLD_USE_NATURAL_ORDER_SORT exists, whatever its value.
+  atr_setNaturalOrder(std::getenv("KLD_USE_NATURAL_ORDER_SORT") ? 0 : 1);
 }
 
 void TPXBasAtr_finalize(int& tally) {

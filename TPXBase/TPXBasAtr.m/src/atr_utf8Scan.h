@@ -1,0 +1,79 @@
+// atr_utf8Scan.h: lead-byte table and word-at-a-time scanning used by the encoding routines.
+#ifndef ATR_UTF8SCAN_H
+#define ATR_UTF8SCAN_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace atr_utf8Scan {
+
+/// Sequence length announced by each lead byte: 1 below 0x80, 0 for continuation bytes and
+/// 0xF8 up, 2, 3 and 4 for 0xC0, 0xE0 and 0xF0 onwards.
+struct SequenceLengthTable {
+  unsigned char m_length[256];
+  constexpr SequenceLengthTable() : m_length() {
+    for (int b = 0; b < 256; ++b)
+      m_length[b] = b < 0x80 ? 1 : b < 0xC0 ? 0 : b < 0xE0 ? 2 : b < 0xF0 ? 3 : b < 0xF8 ? 4 : 0;
+  }
+  constexpr int operator[](unsigned char b) const { return m_length[b]; }
+};
+inline constexpr SequenceLengthTable kSequenceLength{};
+
+inline constexpr std::uint64_t kHighBits = 0x8080808080808080ull;
+inline constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+
+/// Eight bytes from any alignment.
+inline std::uint64_t Load64(const unsigned char* p) {
+  std::uint64_t w;
+  std::memcpy(&w, p, sizeof w);
+  return w;
+}
+
+/// Index, in memory order, of the first byte whose bit is set in a mask of high bits.
+inline std::size_t FirstHighByte(std::uint64_t highBits) {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  return static_cast<std::size_t>(__builtin_ctzll(highBits)) >> 3;
+#else
+  return static_cast<std::size_t>(__builtin_clzll(highBits)) >> 3;
+#endif
+}
+
+/// True when every byte of the word is below 0x7F. Adding one carries out of a byte only
+/// from 0xFF, whose own high bit already makes the word fail, so there are no false passes.
+inline bool AllBelow7F(std::uint64_t w) { return ((w | (w + kOnes)) & kHighBits) == 0; }
+
+/// Whether [p, end) is well-formed UTF-8 by the library's rules (lead bytes 0x00-0x7F and
+/// 0xC0-0xF7, each followed by its continuation bytes 0x80-0xBF). ASCII runs are skipped a
+/// word at a time; no byte at or beyond end is read.
+inline bool Utf8Valid(const unsigned char* p, const unsigned char* end) {
+  while (p < end) {
+    if (*p < 0x80) {
+      for (;;) {
+        if (end - p < 8) {
+          while (p < end && *p < 0x80) ++p;
+          break;
+        }
+        std::uint64_t high = Load64(p) & kHighBits;
+        if (high) {
+          p += FirstHighByte(high);
+          break;
+        }
+        p += 8;
+      }
+      if (p == end) return true;
+    }
+    // *p is at least 0x80 here.
+    int n = kSequenceLength[*p];
+    if (n == 0 || end - p < n) return false;
+    if ((p[1] & 0xC0) != 0x80) return false;
+    if (n >= 3 && (p[2] & 0xC0) != 0x80) return false;
+    if (n == 4 && (p[3] & 0xC0) != 0x80) return false;
+    p += n;
+  }
+  return true;
+}
+
+}  // namespace atr_utf8Scan
+
+#endif  // ATR_UTF8SCAN_H
