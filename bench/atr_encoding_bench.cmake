@@ -1,0 +1,1 @@
+kld_add_benchmark(atr_encoding_bench ${CMAKE_CURRENT_SOURCE_DIR}/atr_encoding_bench.cpp)

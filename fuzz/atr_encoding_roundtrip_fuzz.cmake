@@ -1,0 +1,1 @@
+kld_add_fuzzer(atr_encoding_roundtrip_fuzz ${CMAKE_CURRENT_SOURCE_DIR}/atr_encoding_roundtrip_fuzz.cpp)
