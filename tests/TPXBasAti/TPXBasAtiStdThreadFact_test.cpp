@@ -89,3 +89,43 @@ TEST(TPXBasAtiStdThreadFact, BarrierOfOneOrNoneReturnsAtOnce) {
 }
 
 }  // namespace
+
+namespace {
+
+// Producers and consumers hand items over through one upgraded condition variable, in the
+// way the library's own waiters use it: Lock, test, WaitForSignal(0), Unlock.
+TEST(TPXBasAtiStdThreadFactStress, ProducersAndConsumersHandOverEveryItem) {
+  TPXBasAtiStdThreadFact f;
+  std::unique_ptr<TPXBasAtiCondVar> cv(f.newCondVar());
+  constexpr int kPerProducer = 2000, kProducers = 2, kConsumers = 2;
+  int queued = 0, consumed = 0, producersLeft = kProducers;  // under cv's lock
+  std::vector<std::thread> threads;
+  for (int p = 0; p < kProducers; ++p)
+    threads.emplace_back([&] {
+      for (int i = 0; i < kPerProducer; ++i) {
+        cv->Lock();
+        ++queued;
+        cv->Unlock();
+        cv->Signal();  // outside the lock on purpose
+      }
+      cv->Lock();
+      --producersLeft;
+      cv->Signal();
+      cv->Unlock();
+    });
+  for (int c = 0; c < kConsumers; ++c)
+    threads.emplace_back([&] {
+      cv->Lock();
+      for (;;) {
+        while (queued == 0 && producersLeft > 0) cv->WaitForSignal(0);
+        if (queued == 0) break;
+        --queued;
+        ++consumed;
+      }
+      cv->Unlock();
+    });
+  for (std::thread& t : threads) t.join();
+  EXPECT_EQ(kPerProducer * kProducers, consumed);
+}
+
+}  // namespace
