@@ -10,24 +10,21 @@
 
 namespace {
 
-using ati_test::FreshModel;
-using TPXBasAtiBarrierDefaultTest = FreshModel;
+using TPXBasAtiBarrierDefaultTest = ati_test::FreshModel;
 
 TEST_F(TPXBasAtiBarrierDefaultTest, PlaceholderPassesThenTheSameObjectHoldsThreads) {
   std::unique_ptr<TPXBasAtiBarrier> b(TPXBasAtiThreadingModel::newBarrier());
   b->BarrierSync(5);  // alone, yet it returns
   EXPECT_EQ(303, b->id());
-
   ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact));
   EXPECT_EQ(TPXBasAtiStdThreadFact::kBarrierId, b->id());
 
   constexpr unsigned int kThreads = 3;
-  std::atomic<unsigned int> arrived{0};
-  std::atomic<unsigned int> passedEarly{0};
+  std::atomic<unsigned int> arrived{0}, passedEarly{0};
   std::vector<std::thread> threads;
   for (unsigned int t = 0; t < kThreads; ++t)
     threads.emplace_back([&] {
-      for (int round = 1; round <= 3; ++round) {
+      for (unsigned int round = 1; round <= 3; ++round) {
         arrived.fetch_add(1);
         b->BarrierSync(kThreads);
         if (arrived.load() < kThreads * round) passedEarly.fetch_add(1);
@@ -36,7 +33,6 @@ TEST_F(TPXBasAtiBarrierDefaultTest, PlaceholderPassesThenTheSameObjectHoldsThrea
     });
   for (std::thread& t : threads) t.join();
   EXPECT_EQ(0u, passedEarly.load());
-  EXPECT_EQ(kThreads * 3, arrived.load());
 }
 
 class PlainBarrier : public TPXBasAtiBarrier {
@@ -44,7 +40,7 @@ class PlainBarrier : public TPXBasAtiBarrier {
   void BarrierSync(unsigned int) override {}
 };
 
-TEST(TPXBasAtiBarrierSingle, IdentifiersOfEveryBarrier) {
+TEST(TPXBasAtiBarrierSingle, IdentifiersOfTheOtherBarriers) {
   TPXBasAtiSingleThreadFact single;
   std::unique_ptr<TPXBasAtiBarrier> b(single.newBarrier());
   b->BarrierSync(3);
