@@ -42,6 +42,7 @@
 #include "TPXBasAtiThreadTask.h"
 #include "TPXBasAtiThreadingModel.h"
 #include "TPXBasAtiUpgradable.h"
+#include "TPXBasPrfAnalysis.h"
 #include "atr_NatOrder.h"
 #include "atr_String.h"
 #include "atr_StringBase.h"
