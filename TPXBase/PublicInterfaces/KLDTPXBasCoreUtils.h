@@ -25,7 +25,11 @@
 #include "KLDTPXBasExport.h"
 #include "TPXBasAllocatorBase.h"
 #include "atr_NatOrder.h"
+#include "atr_String.h"
+#include "atr_StringBase.h"
+#include "atr_StringBasePrv.h"
 #include "atr_utf8.h"
+#include "cow_String.h"
 #include "mem_AllocationOperators.h"
 #include "omi_Singleton.h"
 

@@ -1,6 +1,7 @@
 // TPXBasAtr_hooks.cpp: initialise and finalise of the byte-string and translation module.
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
 #include "atr_NatOrder.h"
+#include "atr_StringBase.h"
 #include "kld_ModuleHook.h"
 
 #include <cstdlib>
@@ -12,6 +13,7 @@ int g_count = 0;
 void TPXBasAtr_initialize(int& tally) {
   if (!kld::EnterUnit(g_count, tally)) return;
   // Set-up: String statistics and the natural-order switch (added with the byte strings).
+  atr_StringBase::Initialize();
   // Natural order is on unless KLD_USE_NATURAL_ORDER_SORT exists, whatever its value.
   atr_setNaturalOrder(std::getenv("KLD_USE_NATURAL_ORDER_SORT") ? 0 : 1);
 }
@@ -19,4 +21,6 @@ void TPXBasAtr_initialize(int& tally) {
 void TPXBasAtr_finalize(int& tally) {
   if (!kld::LeaveUnit(g_count, tally)) return;
   // Tear-down: Releases the dictionary, then reports and destroys the string statistics.
+  // (The dictionary's release, atr_trReleaseDB(), goes here, before the statistics.)
+  atr_StringBase::Finalize();
 }
