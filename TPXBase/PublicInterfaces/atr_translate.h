@@ -74,6 +74,7 @@ class KLDTPXBAS_API atr_translate {
 
   static int compare(const void* a, const void* b);
   void ReportIllegalPosition(int n) const;
+  void Build(const char* text, TPXBasStringMode mode);
   ParseResult Parse(const char* text);
   void Number();
   void Order();

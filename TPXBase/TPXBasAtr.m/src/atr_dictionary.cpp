@@ -279,14 +279,17 @@ int atr_dictionary::ReadDictionary(std::FILE* file) {
     if (block == nullptr) continue;  // this entry is lost; the others still load
     std::memcpy(block, parsed.key, static_cast<size_t>(parsed.keyLength));
     block[parsed.keyLength] = '\0';
-    Unescape(block, parsed.keyLength);
+    int keyLength = Unescape(block, parsed.keyLength);
     char* translation = block + parsed.keyLength + 1;
     std::memcpy(translation, parsed.translation, static_cast<size_t>(parsed.translationLength));
     translation[parsed.translationLength] = '\0';
-    Unescape(translation, parsed.translationLength);
-    // An escape may have produced a zero byte that ends a text early: an empty key or an empty
-    // translation would make messages vanish, so such an entry is dropped.
-    if (block[0] == '\0' || translation[0] == '\0') {
+    int translationLength = Unescape(translation, parsed.translationLength);
+    // A zero byte produced by an escape would cut a text short: such a key could never equal a
+    // message text, and such a translation would lose its end. Empty texts are not stored
+    // either (see ParseLine).
+    if (keyLength == 0 || translationLength == 0 ||
+        std::strlen(block) != static_cast<size_t>(keyLength) ||
+        std::strlen(translation) != static_cast<size_t>(translationLength)) {
       mem_Free(block);
       continue;
     }

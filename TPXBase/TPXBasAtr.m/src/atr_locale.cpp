@@ -66,14 +66,15 @@ char* ChooseLocaleAndRelativePath() {
   return relative;
 }
 
-/// Whether path names something that opens for reading and is not a directory.
+/// Whether path names a regular file that opens for reading. A directory or a FIFO named like
+/// the dictionary is passed over (opening a FIFO would wait for a writer).
 bool OpensAsFile(const char* path) {
+  struct stat info;
+  if (stat(path, &info) != 0 || !S_ISREG(info.st_mode)) return false;
   std::FILE* file = std::fopen(path, "r");
   if (file == nullptr) return false;
-  struct stat info;
-  bool ok = fstat(fileno(file), &info) == 0 && !S_ISDIR(info.st_mode);
   std::fclose(file);
-  return ok;
+  return true;
 }
 
 }  // namespace

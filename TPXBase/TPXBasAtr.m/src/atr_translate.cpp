@@ -87,6 +87,15 @@ atr_String TPXBasAtrStringMode::Utf8ToModal(const atr_String& text, TPXBasString
 
 atr_translate::atr_translate(const char* text, TPXBasStringMode mode) {
   if (text == nullptr) return;
+  try {
+    Build(text, mode);
+  } catch (...) {  // an allocation failed: give back what was taken before passing it on
+    Clear();
+    throw;
+  }
+}
+
+void atr_translate::Build(const char* text, TPXBasStringMode mode) {
   // A text of ASCII bytes is the same in both encodings: it is used where it stands instead of
   // being copied into m_utf8.
   if (mode.IsLocale() && !IsAscii(text)) {
