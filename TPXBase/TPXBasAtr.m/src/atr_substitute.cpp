@@ -113,7 +113,7 @@ void atr_translate::Store(StrArgs* r, const char* value, int length, int padBefo
   // The inline buffer is taken only when it is free, so that value may be the old text.
   char* target = total < sizeof(r->m_small) && r->m_substitution != r->m_small
                      ? r->m_small
-                     : new (mem_BuiltInAlloc()) char[total + 1];
+                     : new (mem_BuiltInAlloc{}) char[total + 1];
   std::memset(target, ' ', static_cast<size_t>(padBefore));
   std::memmove(target + padBefore, value, static_cast<size_t>(length));
   std::memset(target + padBefore + length, ' ', static_cast<size_t>(padAfter));
@@ -303,7 +303,7 @@ char* atr_Fmt::Buffer() {
   if (m_buffer == nullptr) {
     size_t length = m_fmt != nullptr ? std::strlen(m_fmt) : 0;
     // Room for the conversion text plus "h", and for the longest short form "%hX".
-    m_buffer = new (mem_BuiltInAlloc()) char[length + 2 > 4 ? length + 2 : 4];
+    m_buffer = new (mem_BuiltInAlloc{}) char[length + 2 > 4 ? length + 2 : 4];
   }
   return m_buffer;
 }

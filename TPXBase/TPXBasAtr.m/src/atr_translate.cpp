@@ -54,7 +54,7 @@ const char* FindNote(const char* text) {
 class TextBuffer {
  public:
   explicit TextBuffer(size_t size)
-      : m_data(size <= sizeof(m_local) ? m_local : new (mem_BuiltInAlloc()) char[size]) {}
+      : m_data(size <= sizeof(m_local) ? m_local : new (mem_BuiltInAlloc{}) char[size]) {}
   ~TextBuffer() {
     if (m_data != m_local) mem_deleteBuiltIn(m_data);
   }
@@ -164,7 +164,7 @@ atr_translate::ParseResult atr_translate::Parse(const char* text) {
   }
 
   if (candidates == 0) {
-    m_template = new (mem_BuiltInAlloc()) char[length + 1];
+    m_template = new (mem_BuiltInAlloc{}) char[length + 1];
     char* out = m_template;
     for (size_t i = 0; i < length; ++i) {
       if (text[i] == '%') {
@@ -179,7 +179,7 @@ atr_translate::ParseResult atr_translate::Parse(const char* text) {
 
   // One block: the template (never longer than the text), then the conversion texts (each at
   // most as long as its source plus a terminator).
-  m_template = new (mem_BuiltInAlloc()) char[2 * length + static_cast<size_t>(candidates) + 2];
+  m_template = new (mem_BuiltInAlloc{}) char[2 * length + static_cast<size_t>(candidates) + 2];
   m_args = new StrArgs[static_cast<size_t>(candidates)];
   char* out = m_template;
   char* formats = m_template + length + 1;
@@ -265,7 +265,7 @@ int atr_translate::compare(const void* a, const void* b) {
 
 void atr_translate::Order() {
   if (m_count == 0) return;
-  m_byNumber = new (mem_BuiltInAlloc()) StrArgs*[static_cast<size_t>(m_count)];
+  m_byNumber = new (mem_BuiltInAlloc{}) StrArgs*[static_cast<size_t>(m_count)];
   bool sorted = true;
   for (int i = 0; i < m_count; ++i) {
     m_byNumber[i] = &m_args[i];
