@@ -1,0 +1,646 @@
+// Storage, sharing, statistics, searches and edits of the copy-on-write byte string.
+#include "atr_StringTestSupport.h"
+#include "gtest/gtest.h"
+#include "kld_TestSupport.h"
+
+#include <cstring>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace {
+
+using atr_test::ScopedCtype;
+using atr_test::StatisticsOf;
+using atr_test::TestString;
+
+// ---------------------------------------------------------------------------------------------
+// Storage and capacities.
+// ---------------------------------------------------------------------------------------------
+
+TEST(atr_StringStorage, SizeClassesAndSeparateBuffers) {
+  const struct {
+    int length;
+    int capacity;
+    bool inlineText;
+  } cases[] = {
+      {0, 20, true},    {1, 20, true},     {14, 20, true},    {15, 52, true},      {46, 52, true},
+      {47, 84, true},   {78, 84, true},    {79, 116, true},   {206, 212, true},    {207, 244, true},
+      {238, 244, true}, {239, 240, false}, {240, 241, false}, {5000, 5001, false},
+  };
+  for (const auto& c : cases) {
+    const std::string text(static_cast<std::size_t>(c.length), 'x');
+    const TestString s(text);
+    EXPECT_EQ(c.capacity, s.Capacity()) << "length " << c.length;
+    EXPECT_EQ(c.inlineText, s.Inline()) << "length " << c.length;
+    EXPECT_EQ(text, s.Text());
+    EXPECT_EQ(ATR_EOS, s.CStr()[c.length]);
+  }
+}
+
+TEST(atr_StringStorage, GrowingMovesOnlyWhenTheSizeClassIsFull) {
+  TestString s("abcdefghijklmn");  // 14 bytes, capacity 20
+  const char* const first = s.CStr();
+  for (int length = 15; length <= 19; ++length) {
+    s.Append("x", 1);
+    EXPECT_EQ(first, s.CStr()) << "length " << length << " fits in place";
+  }
+  s.Append("y", 1);  // 20 bytes need capacity 21
+  EXPECT_NE(first, s.CStr());
+  EXPECT_EQ(52, s.Capacity());
+  EXPECT_EQ("abcdefghijklmnxxxxxy", s.Text());
+
+  std::string expected(238, 'a');
+  TestString big(expected);
+  for (int length = 239; length <= 243; ++length) {
+    big.Append("b", 1);  // the last size class has room up to 243 bytes
+    expected += 'b';
+  }
+  EXPECT_EQ(244, big.Capacity());
+  EXPECT_TRUE(big.Inline());
+  big.Append("c", 1);  // leaves the size classes: exact separate buffer
+  expected += 'c';
+  EXPECT_EQ(245, big.Capacity());
+  EXPECT_FALSE(big.Inline());
+  big.Append("d", 1);  // no spare room: reallocated for the exact new length
+  expected += 'd';
+  EXPECT_EQ(246, big.Capacity());
+  EXPECT_EQ(expected, big.Text());
+}
+
+TEST(atr_StringStorage, ConstructorsFromTextLengthAndTags) {
+  const TestString none(static_cast<const char*>(nullptr));
+  const TestString empty("");
+  EXPECT_FALSE(none.HasHeader());
+  EXPECT_FALSE(empty.HasHeader());
+  EXPECT_STREQ("", empty.CStr());
+  EXPECT_EQ(nullptr, empty.GetBuffPtr());
+
+  const TestString zeroLength("abc", 0);  // an explicit length always gets storage
+  EXPECT_TRUE(zeroLength.HasHeader());
+  EXPECT_EQ(0, zeroLength.Length());
+  const TestString withZero("a\0b", 3);
+  EXPECT_EQ(std::string("a\0b", 3), withZero.Text());
+
+  TestString sized(100, atr_StringBase::PreSize);
+  EXPECT_EQ(0, sized.Length());
+  EXPECT_EQ(116, sized.Capacity());
+  std::strcpy(sized.GetBuffPtr(), "written directly");
+  sized.SetStringLength(16);
+  EXPECT_EQ("written directly", sized.Text());
+
+  // An adopted buffer is released by the string (a leak here is an AddressSanitizer report).
+  char* buffer = static_cast<char*>(mem_Malloc(4));
+  std::memcpy(buffer, "own", 4);
+  TestString adopted(buffer, 3, atr_StringBase::Adopt);
+  EXPECT_EQ(buffer, adopted.CStr());
+  EXPECT_EQ(4, adopted.Capacity());
+  adopted.Append("ed", 2);
+  EXPECT_EQ("owned", adopted.Text());
+}
+
+TEST(atr_StringStorage, NumbersAreFormattedWithShortExponents) {
+  EXPECT_EQ("0.5", TestString(0.5).Text());
+  EXPECT_EQ("1e+20", TestString(1e20).Text());
+  EXPECT_EQ("1e-05", TestString(1e-5f).Text());
+  EXPECT_EQ("0.333333333333333", TestString(1.0 / 3).Text());
+  EXPECT_EQ("0.333333", TestString(1.0f / 3).Text());
+  EXPECT_EQ("1e+100", TestString(1e100).Text());
+  EXPECT_EQ("-2147483648", TestString(-2147483647 - 1).Text());
+  EXPECT_EQ("4294967295", TestString(4294967295u).Text());
+  EXPECT_EQ("-1.5e-300", TestString(-1.5e-300).Text());
+
+  const struct {
+    const char* in;
+    const char* out;
+  } exponents[] = {
+      {"1e+005", "1e+05"}, {"1.5e-007", "1.5e-07"}, {"1e+100", "1e+100"},
+      {"1e005", "1e05"},   {"1e+05", "1e+05"},      {"1e+0050", "1e+0050"},
+      {"100", "100"},      {"e05", "e05"},          {"2.5", "2.5"},
+  };
+  for (const auto& e : exponents) {
+    char buf[16];
+    std::strcpy(buf, e.in);
+    const int len = TestString::NormaliseExponent(buf, static_cast<int>(std::strlen(buf)));
+    EXPECT_EQ(std::string(e.out), std::string(buf, static_cast<std::size_t>(len))) << e.in;
+    EXPECT_EQ(ATR_EOS, buf[len]) << e.in;
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Copy-on-write and sharing.
+// ---------------------------------------------------------------------------------------------
+
+TEST(atr_StringSharing, CopiesShareUntilOneIsChanged) {
+  TestString a("abcd");
+  TestString b = a;
+  EXPECT_EQ(a.CStr(), b.CStr());
+  EXPECT_EQ(2, a.References());
+  b.ToUpper();
+  EXPECT_EQ("abcd", a.Text());
+  EXPECT_EQ("ABCD", b.Text());
+  EXPECT_EQ(1, a.References());
+  EXPECT_EQ(1, b.References());
+
+  TestString c = a;
+  const char& read = c[1];  // a writable reference isolates even when only read through
+  EXPECT_EQ('b', read);
+  EXPECT_NE(a.CStr(), c.CStr());
+
+  TestString d = a;
+  d = "";  // drops d's header, leaves a untouched
+  EXPECT_FALSE(d.HasHeader());
+  EXPECT_EQ("abcd", a.Text());
+  EXPECT_EQ(1, a.References());
+
+  TestString e = a;
+  e = e;  // self-assignment keeps the count
+  a = a;
+  EXPECT_EQ(2, a.References());
+}
+
+// Every edit of a shared string, made on one copy, must leave the other copy as it was.
+TEST(atr_StringSharing, EveryEditOfACopyLeavesTheOriginal) {
+  const std::function<void(TestString&)> edits[] = {
+      [](TestString& s) { s.Append("!", 1); },
+      [](TestString& s) { s.insert(1, "++", 2, 0, 2); },
+      [](TestString& s) { s.replace(0, 2, "Z", 1, 0, 1); },
+      [](TestString& s) { s.Replace(1, 1, "zz", 2); },
+      [](TestString& s) { s.Erase(0, 1); },
+      [](TestString& s) { s.LeftTrim("ab"); },
+      [](TestString& s) { s.RightTrim(" "); },
+      [](TestString& s) { s.Trim("b"); },
+      [](TestString& s) { s.ToUpper(); },
+      [](TestString& s) { s.Capitalize(); },
+      [](TestString& s) { s.Reverse(); },
+      [](TestString& s) { s.Substitute("b", "BB", 5); },
+      [](TestString& s) { s[0] = 'Q'; },
+      [](TestString& s) { s = "other"; },
+  };
+  const std::string texts[] = {"abc b ", std::string(300, 'b') + " "};
+  for (const std::string& text : texts) {
+    int index = 0;
+    for (const auto& edit : edits) {
+      TestString original(text);
+      TestString copy = original;
+      edit(copy);
+      EXPECT_EQ(text, original.Text()) << "edit " << index;
+      EXPECT_NE(text, copy.Text()) << "edit " << index;
+      EXPECT_EQ(1, original.References()) << "edit " << index;
+      ++index;
+    }
+  }
+}
+
+TEST(atr_StringSharing, BorrowedTextIsCopiedOnFirstChangeAndNeverWritten) {
+  const char borrowed[] = "borrowed";
+  TestString s(borrowed, 8, atr_StringBase::Borrow);
+  EXPECT_EQ(borrowed, s.CStr());
+  EXPECT_EQ(0, s.Capacity());
+  TestString copy = s;
+  s.ToUpper();
+  EXPECT_STREQ("borrowed", borrowed);
+  EXPECT_EQ("BORROWED", s.Text());
+  EXPECT_EQ(borrowed, copy.CStr());
+  copy.Erase(0, 2);
+  EXPECT_EQ("rrowed", copy.Text());
+  EXPECT_STREQ("borrowed", borrowed);
+  TestString third(borrowed, 8, atr_StringBase::Borrow);
+  third.Append("!", 1);
+  EXPECT_EQ("borrowed!", third.Text());
+  EXPECT_STREQ("borrowed", borrowed);
+}
+
+// With every allocation refused, operations that need no new storage must still succeed.
+TEST(atr_StringSharing, CopiesAndUnchangedCaseConversionsAllocateNothing) {
+  TestString a("ALREADY UPPER");
+  TestString lower("already lower 123");
+  const TestString lowerCopy = lower;
+  TestString roomy("abc");
+  kld_test::AllocationFailureGuard noAllocation(0);
+  TestString b = a;
+  TestString c;
+  c = b;
+  b.ToUpper();
+  lower.ToLower();
+  EXPECT_EQ(3, a.References());
+  EXPECT_EQ(lowerCopy.CStr(), lower.CStr());
+  EXPECT_EQ(a.CStr(), b.CStr());
+  roomy.Append("defgh", 5);  // fits in its size class
+  roomy.Erase(0, 1);         // sole owner: in place
+  EXPECT_EQ("bcdefgh", roomy.Text());
+  TestString empty;
+  empty.ToUpper();
+  empty.Reverse();
+  empty.Erase(0, 0);
+  EXPECT_FALSE(empty.HasHeader());
+}
+
+// An allocation that fails in the middle of an edit leaves both the string and its sharers as
+// they were, and leaks nothing.
+TEST(atr_StringSharing, FailedEditLeavesTheStringsIntact) {
+  const std::string texts[] = {"abc", std::string(14, 'i'), std::string(300, 'l')};
+  for (const std::string& text : texts) {
+    for (long n = 0; n < 4; ++n) {
+      TestString a(text);
+      TestString b = a;
+      TestString alone(text);
+      const char borrowedText[] = "borrowed";
+      TestString borrowed(borrowedText, 8, atr_StringBase::Borrow);
+      const std::string tail(40, 't');
+      {
+        kld_test::AllocationFailureGuard fail(n);
+        try {
+          b.Append(tail.c_str(), 40);
+        } catch (const std::bad_alloc&) {
+        }
+        try {
+          alone.insert(1, tail.c_str(), 40, 0, 40);
+        } catch (const std::bad_alloc&) {
+        }
+        try {
+          borrowed.Append(tail.c_str(), 40);
+        } catch (const std::bad_alloc&) {
+        }
+      }
+      EXPECT_EQ(text, a.Text()) << "allocation " << n + 1 << " failed";
+      EXPECT_TRUE(b.Text() == text || b.Text() == text + tail) << n;
+      EXPECT_TRUE(alone.Text() == text || alone.Text() == text.substr(0, 1) + tail + text.substr(1))
+          << n;
+      EXPECT_TRUE(borrowed.Text() == "borrowed" || borrowed.Text() == "borrowed" + tail) << n;
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Statistics.
+// ---------------------------------------------------------------------------------------------
+
+TEST(atr_StringStatistics, ReportOfOneShortStringByteForByte) {
+  const auto s = StatisticsOf([] { TestString ten("0123456789"); });
+  EXPECT_EQ(
+      "       0 Reps Created\n"
+      "       1 Strings Created\n"
+      "       0 Extension Failures\n"
+      "       0 Active\n"
+      "       0 Bytes in use\n"
+      "       1 Maximum active\n"
+      "      20 Maximum bytes in use\n"
+      "    10.0 Mean length\n"
+      "     0.0 Sigma length\n"
+      "    10.0 Mean spare\n"
+      "     0.0 Sigma spare\n",
+      s.text);
+}
+
+TEST(atr_StringStatistics, CountsEachLayoutAndEveryMove) {
+  std::optional<TestString> live;
+  const struct {
+    const char* name;
+    std::function<void()> work;
+    int reps, strings, extensions, active, bytes, maxActive, maxBytes;
+    double meanLength, meanSpare;
+  } cases[] = {
+      {"copies create nothing",
+       [] {
+         TestString a("abc");
+         TestString b = a, c = b;
+         c = a;
+       },
+       0, 1, 0, 0, 0, 1, 20, 3.0, 17.0},
+      {"growing past the size class",
+       [] {
+         TestString s("abcdefghijklmn");
+         for (int i = 0; i < 6; ++i) s.Append("x", 1);
+       },
+       0, 2, 1, 0, 0, 2, 72, 19.5, 16.5},  // the new block exists before the old goes
+      {"long text: header alone", [] { TestString s(std::string(239, 'x')); }, 1, 0, 0, 0, 0, 1, 0,
+       0.0, 0.0},
+      {"borrowed, then copied on change",
+       [] {
+         TestString s("text", 4, atr_StringBase::Borrow);
+         s.Append("!", 1);
+       },
+       1, 1, 0, 0, 0, 2, 20, 5.0, 15.0},
+      {"a live string stays active", [&live] { live.emplace("x"); }, 0, 1, 0, 1, 20, 1, 20, 0.0,
+       0.0},
+      {"shared string edited",
+       [] {
+         TestString a("abcd");
+         TestString b = a;
+         b.Erase(0, 1);
+       },
+       0, 2, 0, 0, 0, 2, 40, 3.5, 16.5},
+  };
+  for (const auto& c : cases) {
+    const auto s = StatisticsOf(c.work);
+    EXPECT_EQ(c.reps, s.repsCreated) << c.name;
+    EXPECT_EQ(c.strings, s.stringsCreated) << c.name;
+    EXPECT_EQ(c.extensions, s.extensionFailures) << c.name;
+    EXPECT_EQ(c.active, s.active) << c.name;
+    EXPECT_EQ(c.bytes, s.bytesInUse) << c.name;
+    EXPECT_EQ(c.maxActive, s.maximumActive) << c.name;
+    EXPECT_EQ(c.maxBytes, s.maximumBytesInUse) << c.name;
+    EXPECT_DOUBLE_EQ(c.meanLength, s.meanLength) << c.name;
+    EXPECT_DOUBLE_EQ(c.meanSpare, s.meanSpare) << c.name;
+  }
+  live.reset();
+}
+
+TEST(atr_StringStatistics, SigmaOfDifferentLengths) {
+  const auto s = StatisticsOf([] {
+    TestString a("12");
+    TestString b("123456");
+  });
+  EXPECT_DOUBLE_EQ(4.0, s.meanLength);
+  EXPECT_DOUBLE_EQ(2.0, s.sigmaLength);
+  EXPECT_DOUBLE_EQ(16.0, s.meanSpare);
+  EXPECT_DOUBLE_EQ(2.0, s.sigmaSpare);
+}
+
+TEST(atr_StringStatistics, NothingIsReportedWithoutTheVariable) {
+  kld_test::FreshLibrary fresh;
+  kld_test::ScopedEnv summary("ATR_SUMMARY", nullptr);
+  int tally = 0;
+  TPXBasAtr_initialize(tally);
+  { TestString s("abc"); }
+  testing::internal::CaptureStderr();
+  TPXBasAtr_finalize(tally);
+  EXPECT_EQ("", testing::internal::GetCapturedStderr());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Searches and comparison.
+// ---------------------------------------------------------------------------------------------
+
+TEST(atr_StringSearch, FindGivesTheLengthWhenNothingIsFound) {
+  const struct {
+    const char* text;
+    const char* what;
+    int start;
+    int expected;
+  } cases[] = {
+      {"abc", "x", 0, 3},     {"", "x", 0, 0},        {"", "", 0, 0},        {"abcabc", "bc", 0, 1},
+      {"abcabc", "bc", 2, 4}, {"abcabc", "bc", 5, 6}, {"abc", "c", 3, 3},    {"abc", "", 2, 2},
+      {"abc", "a", 4, 3},     {"abc", "a", -1, 3},    {"abc", "abcd", 0, 3}, {"aab", "ab", 0, 1},
+  };
+  for (const auto& c : cases) {
+    const TestString s(c.text);
+    EXPECT_EQ(c.expected, s.Find(c.what, c.start)) << c.text << " / " << c.what << " @" << c.start;
+  }
+  const TestString zeros(std::string("a\0bc\0bc", 7));
+  EXPECT_EQ(2, zeros.Find("bc", 0));  // the search covers the whole length, zero bytes included
+  EXPECT_EQ(5, zeros.Find("bc", 3));
+}
+
+TEST(atr_StringSearch, RfindTakesTheLastOccurrenceNotAboveTheLimit) {
+  const struct {
+    const char* text;
+    const char* what;
+    int limit;
+    int expected;
+  } cases[] = {
+      {"abc", "a", 0, 3},      {"abcabc", "a", 1, 0},  {"abcabc", "a", 3, 3},
+      {"abcabc", "a", 100, 3}, {"abcabc", "bc", 4, 4}, {"abcabc", "bc", 3, 1},
+      {"aaaa", "aa", 10, 2},   {"abc", "x", 5, 3},     {"abc", "", 5, 3},
+      {"abc", "a", -5, 3},     {"", "a", 5, 0},
+  };
+  for (const auto& c : cases) {
+    const TestString s(c.text);
+    EXPECT_EQ(c.expected, s.rfind(c.what, static_cast<int>(std::strlen(c.what)), c.limit))
+        << c.text << " / " << c.what << " limit " << c.limit;
+  }
+  const TestString s("abcabc");
+  EXPECT_EQ(4, s.rfind("bcX", 2, 6));  // only textLength bytes of the text count
+}
+
+TEST(atr_StringSearch, CompareSubstrAndIndex) {
+  const struct {
+    const char* a;
+    const char* b;
+    int expected;
+  } order[] = {{"abc", "abc", 0}, {"abc", "abd", -1}, {"b", "abc", 1},  {"", "", 0},
+               {"", "a", -1},     {"a", "", 1},       {"\xE9", "e", 1}, {"a", nullptr, 1}};
+  for (const auto& c : order) EXPECT_EQ(c.expected, TestString(c.a).Compare(c.b)) << c.a;
+
+  const TestString s("hello");
+  EXPECT_EQ(5, s.Substr(0, ATR_TO_END));
+  EXPECT_EQ(2, s.Substr(3, 10));
+  EXPECT_EQ(1, s.Substr(3, 1));
+  EXPECT_EQ(0, s.Substr(5, 3));
+  EXPECT_EQ(0, s.Substr(2, -4));
+  EXPECT_EQ('o', std::as_const(s)[4]);
+  EXPECT_EQ(ATR_EOS, std::as_const(s)[5]);
+  const TestString none;
+  EXPECT_EQ(ATR_EOS, none[0]);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Edits.
+// ---------------------------------------------------------------------------------------------
+
+struct EditCase {
+  const char* name;
+  std::string before;
+  std::function<void(TestString&)> edit;
+  std::string after;
+};
+
+void RunEdits(const EditCase* cases, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const EditCase& c = cases[i];
+    TestString s(c.before);
+    c.edit(s);
+    EXPECT_EQ(c.after, s.Text()) << c.name;
+    EXPECT_EQ(static_cast<int>(c.after.size()), s.Length()) << c.name;
+    EXPECT_EQ(ATR_EOS, s.CStr()[s.Length()]) << c.name;
+  }
+}
+
+TEST(atr_StringEdit, InsertReplaceEraseAppend) {
+  const std::string big(300, 'b');
+  const EditCase cases[] = {
+      {"append part", "ab", [](TestString& s) { s.append("0123", 4, 1, 2); }, "ab12"},
+      {"append to end", "ab", [](TestString& s) { s.append("0123", 4, 2, ATR_TO_END); }, "ab23"},
+      {"append nothing", "ab", [](TestString& s) { s.append("0123", 4, 4, 9); }, "ab"},
+      {"append to empty", "", [](TestString& s) { s.Append("xy", 2); }, "xy"},
+      {"append zero bytes", "a", [](TestString& s) { s.Append("\0z", 2); }, std::string("a\0z", 3)},
+      {"insert middle", "abcd", [](TestString& s) { s.insert(2, "XYZ", 3, 1, 5); }, "abYZcd"},
+      {"insert front", "abcd", [](TestString& s) { s.insert(0, "XY", 2, 0, 1); }, "Xabcd"},
+      {"insert end", "abcd", [](TestString& s) { s.insert(4, "XY", 2, 0, 9); }, "abcdXY"},
+      {"insert into empty", "", [](TestString& s) { s.insert(0, "XY", 2, 0, 9); }, "XY"},
+      {"insert grows long", big, [](TestString& s) { s.insert(1, "XY", 2, 0, 9); },
+       "b" + std::string("XY") + std::string(299, 'b')},
+      {"replace shorter", "abcdef", [](TestString& s) { s.replace(1, 3, "X", 1, 0, 1); }, "aXef"},
+      {"replace longer", "abcdef", [](TestString& s) { s.replace(1, 1, "XYZ", 3, 0, 9); },
+       "aXYZcdef"},
+      {"replace to end", "abcdef", [](TestString& s) { s.replace(2, ATR_TO_END, "!", 1, 0, 1); },
+       "ab!"},
+      {"replace past source", "abcdef", [](TestString& s) { s.replace(0, 1, "XYZ", 3, 3, 1); },
+       "bcdef"},
+      {"Replace by string", "abcdef", [](TestString& s) { s.Replace(0, 2, TestString("__")); },
+       "__cdef"},
+      {"Replace by text", "abcdef", [](TestString& s) { s.Replace(4, 9, "xyz", 2); }, "abcdxy"},
+      {"erase middle", "abcdef", [](TestString& s) { s.Erase(1, 2); }, "adef"},
+      {"erase to end", "abcdef", [](TestString& s) { s.Erase(3, ATR_TO_END); }, "abc"},
+      {"erase all", "abcdef", [](TestString& s) { s.Erase(0, ATR_TO_END); }, ""},
+      {"erase at end", "abc", [](TestString& s) { s.Erase(3, 5); }, "abc"},
+      {"erase long", big, [](TestString& s) { s.Erase(0, 250); }, std::string(50, 'b')},
+      {"erase negative count", "abc", [](TestString& s) { s.Erase(1, -3); }, "abc"},
+  };
+  RunEdits(cases, sizeof cases / sizeof cases[0]);
+}
+
+TEST(atr_StringEdit, TrimSubstituteReverse) {
+  const EditCase cases[] = {
+      {"trim everywhere", "a,b,,d", [](TestString& s) { s.Trim(","); }, "abd"},
+      {"trim blanks", " a b ", [](TestString& s) { s.Trim(" "); }, "ab"},
+      {"trim all", "  ", [](TestString& s) { s.Trim(" "); }, ""},
+      {"trim null set", "a b", [](TestString& s) { s.Trim(nullptr); }, "a b"},
+      {"left trim", "xxyaxx", [](TestString& s) { s.LeftTrim("xy"); }, "axx"},
+      {"left trim none", "abc", [](TestString& s) { s.LeftTrim("x"); }, "abc"},
+      {"right trim", "xxaxyx", [](TestString& s) { s.RightTrim("xy"); }, "xxa"},
+      {"right trim all", "xyx", [](TestString& s) { s.RightTrim("xy"); }, ""},
+      {"trim keeps zero bytes", std::string("a\0b", 3), [](TestString& s) { s.Trim("b"); },
+       std::string("a\0", 2)},
+      {"substitute grows again", "a", [](TestString& s) { s.Substitute("a", "aa", 3); }, "aaaa"},
+      {"substitute count", "a-b-c-d", [](TestString& s) { s.Substitute("-", "+", 2); }, "a+b+c-d"},
+      {"substitute removes", "a-b-c", [](TestString& s) { s.Substitute("-", nullptr, 9); }, "abc"},
+      {"substitute empty from", "abc", [](TestString& s) { s.Substitute("", "x", 3); }, "abc"},
+      {"substitute count 0", "abc", [](TestString& s) { s.Substitute("a", "x", 0); }, "abc"},
+      {"substitute absent", "abc", [](TestString& s) { s.Substitute("q", "x", 5); }, "abc"},
+      {"substitute grows long", std::string(200, '.'),
+       [](TestString& s) { s.Substitute(".", "::", 100); },
+       std::string(200, ':') + std::string(100, '.')},
+      {"reverse", "abc", [](TestString& s) { s.Reverse(); }, "cba"},
+      {"reverse bytes", "\xC3\xA9x", [](TestString& s) { s.Reverse(); }, "x\xA9\xC3"},
+      {"assign text", "abc", [](TestString& s) { s = "longer than the old text, in a new class"; },
+       "longer than the old text, in a new class"},
+      {"assign shorter", "abcdef", [](TestString& s) { s = "x"; }, "x"},
+  };
+  RunEdits(cases, sizeof cases / sizeof cases[0]);
+}
+
+TEST(atr_StringEdit, CaseChangesSkipMultiByteCharacters) {
+  ScopedCtype utf8("C.UTF-8");
+  ASSERT_TRUE(utf8.ok());
+  const EditCase cases[] = {
+      {"upper", "abc Def 1", [](TestString& s) { s.ToUpper(); }, "ABC DEF 1"},
+      {"lower", "ABC dEF 1", [](TestString& s) { s.ToLower(); }, "abc def 1"},
+      {"upper skips é", "\xC3\xA9t\xC3\xA9", [](TestString& s) { s.ToUpper(); },
+       "\xC3\xA9T\xC3\xA9"},
+      {"lower after invalid byte",
+       "\xC3"
+       "AB",
+       [](TestString& s) { s.ToLower(); },
+       "\xC3"
+       "ab"},
+      {"zero byte", std::string("a\0b", 3), [](TestString& s) { s.ToUpper(); },
+       std::string("A\0B", 3)},
+      {"capitalize", "abc", [](TestString& s) { s.Capitalize(); }, "Abc"},
+      {"capitalize upper", "Abc", [](TestString& s) { s.Capitalize(); }, "Abc"},
+      {"capitalize multibyte", "\xC3\xA9t", [](TestString& s) { s.Capitalize(); }, "\xC3\xA9t"},
+      {"uncapitalize", "ABC", [](TestString& s) { s.Uncapitalize(); }, "aBC"},
+      {"capitalize empty", "", [](TestString& s) { s.Capitalize(); }, ""},
+  };
+  RunEdits(cases, sizeof cases / sizeof cases[0]);
+}
+
+// A source text that lies inside the string being edited: the result is the one a separate
+// copy of the source would give, whether the edit stays in place or moves the storage.
+TEST(atr_StringEdit, SourceInsideTheEditedString) {
+  struct Case {
+    const char* name;
+    std::function<void(TestString&)> edit;
+    std::function<std::string(const std::string&)> expected;
+  };
+  const Case cases[] = {
+      {"Append itself", [](TestString& s) { s.Append(s); },
+       [](const std::string& t) { return t + t; }},
+      {"append own tail", [](TestString& s) { s.append(s.CStr(), s.Length(), 1, ATR_TO_END); },
+       [](const std::string& t) { return t + t.substr(1); }},
+      {"insert itself", [](TestString& s) { s.insert(2, s.CStr(), s.Length(), 0, ATR_TO_END); },
+       [](const std::string& t) { return t.substr(0, 2) + t + t.substr(2); }},
+      {"insert own tail", [](TestString& s) { s.insert(1, s.CStr(), s.Length(), 2, ATR_TO_END); },
+       [](const std::string& t) { return t.substr(0, 1) + t.substr(2) + t.substr(1); }},
+      {"replace by itself",
+       [](TestString& s) { s.replace(1, 2, s.CStr(), s.Length(), 0, ATR_TO_END); },
+       [](const std::string& t) { return t.substr(0, 1) + t + t.substr(3); }},
+      {"replace by own tail", [](TestString& s) { s.replace(0, 1, s.CStr(), s.Length(), 3, 2); },
+       [](const std::string& t) { return t.substr(3, 2) + t.substr(1); }},
+      {"Replace by itself", [](TestString& s) { s.Replace(0, 1, s); },
+       [](const std::string& t) { return t + t.substr(1); }},
+      {"Replace by own text", [](TestString& s) { s.Replace(2, 1, s.CStr() + 1, s.Length() - 1); },
+       [](const std::string& t) { return t.substr(0, 2) + t.substr(1) + t.substr(3); }},
+      {"assign own tail", [](TestString& s) { s = s.CStr() + 2; },
+       [](const std::string& t) { return t.substr(2); }},
+      {"substitute by itself", [](TestString& s) { s.Substitute("b", s.CStr(), 2); },
+       [](const std::string& t) {
+         std::string r = t;
+         for (int i = 0; i < 2; ++i) {
+           const auto p = r.find('b');
+           if (p == std::string::npos) break;
+           r.replace(p, 1, t);
+         }
+         return r;
+       }},
+      {"substitute own prefix",
+       [](TestString& s) { s.Substitute(s.CStr() + s.Length() - 2, "", 1); },
+       [](const std::string& t) { return t.substr(0, t.size() - 2); }},
+  };
+  // Room to spare, a full size class, a separate buffer.
+  const std::string texts[] = {"abcde", "abcdefghijklmn", std::string(120, 'b') + "xyz",
+                               "ab" + std::string(250, 'c') + "bq"};
+  for (const std::string& text : texts) {
+    for (const Case& c : cases) {
+      TestString s(text);
+      c.edit(s);
+      EXPECT_EQ(c.expected(text), s.Text()) << c.name << " on " << text.size() << " bytes";
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Broken invariants.
+// ---------------------------------------------------------------------------------------------
+
+using atr_StringBaseDeathTest = ::testing::Test;
+
+#define ATR_REPORT(expr) \
+  "AssertionFailed:" expr " \\[TPXBase/TPXBasAtr.m/src/atr_StringBase:[0-9]+\\]"
+
+TEST(atr_StringBaseDeathTest, IndexPastTheText) {
+  TestString s("abc");
+  EXPECT_DEATH((void)std::as_const(s)[4], ATR_REPORT("ix <= Length\\(\\)"));
+  EXPECT_DEATH((void)std::as_const(s)[-1], ATR_REPORT("ix <= Length\\(\\)"));
+  EXPECT_DEATH(s[3] = 'x', ATR_REPORT("ix < Length\\(\\)"));
+}
+
+TEST(atr_StringBaseDeathTest, PositionsOutOfRange) {
+  TestString s("abc");
+  EXPECT_DEATH(s.Erase(4, 1),
+               ATR_REPORT("\\(start <= oldLength\\) && \"Erase: start out of range\""));
+  EXPECT_DEATH((void)s.Substr(4, 1),
+               ATR_REPORT("\\(start <= length\\) && \"Substr: start out of range\""));
+  EXPECT_DEATH(s.append("xy", 2, 3, 1),
+               ATR_REPORT("\\(start <= clen\\) && \"Append: start out of range\""));
+  EXPECT_DEATH(s.insert(-1, "xy", 2, 0, 1),
+               ATR_REPORT("\\(start1 <= oldLength\\) && \"Insert: start1 out of range\""));
+  EXPECT_DEATH(s.insert(0, "xy", 2, 3, 1),
+               ATR_REPORT("\\(start2 <= slen\\) && \"Insert: start2 out of range\""));
+  EXPECT_DEATH(s.replace(4, 0, "xy", 2, 0, 1),
+               ATR_REPORT("\\(start1 <= oldLength\\) && \"Replace: start1 out of range\""));
+  EXPECT_DEATH(s.replace(0, 0, "xy", 2, 3, 1),
+               ATR_REPORT("\\(start2 <= slen\\) && \"Replace: start2 out of range\""));
+}
+
+TEST(atr_StringBaseDeathTest, LengthWithoutTerminator) {
+  TestString s("abc");
+  EXPECT_DEATH(s.SetStringLength(2), ATR_REPORT("m_StringRep && m_Buff\\[len\\] == ATR_EOS"));
+  EXPECT_DEATH(s.SetStringLength(1000), ATR_REPORT("m_StringRep && m_Buff\\[len\\] == ATR_EOS"));
+  TestString none;
+  EXPECT_DEATH(none.SetStringLength(0), ATR_REPORT("m_StringRep && m_Buff\\[len\\] == ATR_EOS"));
+}
+
+}  // namespace
