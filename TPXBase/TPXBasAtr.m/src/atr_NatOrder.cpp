@@ -53,21 +53,23 @@ int strnatcmp(const char* a, const char* b) {
   for (;;) {
     char ca = *a;
     char cb = *b;
-    if (IsDigit(ca) && IsDigit(cb)) {
-      int runLength = 0;
-      int r =
-          (ca == '0' || cb == '0') ? CompareLeft(a, b, &runLength) : CompareRight(a, b, &runLength);
-      if (r != 0) return r;
-      // Equal runs are identical byte for byte, so every comparison that would start inside
-      // them gives 0 as well: resume after them, which keeps long digit runs linear.
-      a += runLength;
-      b += runLength;
+    if (ca == cb && !IsDigit(ca)) {
+      // The common case first: equal bytes outside numbers.
+      if (ca == '\0') return 0;
+      ++a;
+      ++b;
       continue;
     }
-    if (ca != cb) return static_cast<signed char>(ca) < static_cast<signed char>(cb) ? -1 : 1;
-    if (ca == '\0') return 0;
-    ++a;
-    ++b;
+    if (!IsDigit(ca) || !IsDigit(cb))
+      return static_cast<signed char>(ca) < static_cast<signed char>(cb) ? -1 : 1;
+    int runLength = 0;
+    int r =
+        (ca == '0' || cb == '0') ? CompareLeft(a, b, &runLength) : CompareRight(a, b, &runLength);
+    if (r != 0) return r;
+    // Equal runs are identical byte for byte, so every comparison that would start inside
+    // them gives 0 as well: resume after them, which keeps long digit runs linear.
+    a += runLength;
+    b += runLength;
   }
 }
 

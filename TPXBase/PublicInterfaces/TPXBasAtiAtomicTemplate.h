@@ -1,0 +1,108 @@
+// TPXBasAtiAtomicTemplate.h: the atomic-counter interface, also its unsynchronised form.
+#ifndef TPXBASATIATOMICTEMPLATE_H
+#define TPXBASATIATOMICTEMPLATE_H
+
+#include "KLDTPXBasExport.h"
+#include "mem_AllocationOperators.h"
+
+/// A counter of int, unsigned int or double. As an interface it is what
+/// TPXBasAtiThreadingModel::newAtomic gives; as a class it is a plain value with no
+/// synchronisation at all (the single-threaded factory issues it as it is).
+///
+/// The increment and decrement operators and += / -= always go through the virtual
+/// Increment and Decrement, so an implementation overrides Increment, Decrement, the
+/// conversion and id() to change the arithmetic. Prefix and postfix forms both return the
+/// value after the change. Unsigned arithmetic wraps modulo 2^32.
+template <class T>
+class KLDTPXBAS_API TPXBasAtiAtomicTemplate : public mem_AllocationOperators {
+ public:
+  explicit TPXBasAtiAtomicTemplate(T initial) : m_value(initial) {}
+  TPXBasAtiAtomicTemplate(const TPXBasAtiAtomicTemplate& other) : m_value(other.m_value) {}
+  virtual ~TPXBasAtiAtomicTemplate() {}
+
+  /// Copies the other object's value; returns this object.
+  virtual TPXBasAtiAtomicTemplate& operator=(const TPXBasAtiAtomicTemplate& other);
+  virtual T Increment(T delta);
+  virtual T Decrement(T delta);
+  virtual T operator++(int);
+  virtual T operator++();
+  virtual T operator--(int);
+  virtual T operator--();
+  virtual T operator+=(T delta);
+  virtual T operator-=(T delta);
+  virtual operator T() const;
+  /// 407 for all three instantiations.
+  virtual int id() const;
+
+ protected:
+  T m_value;
+};
+
+// Implementation details.
+
+template <class T>
+TPXBasAtiAtomicTemplate<T>& TPXBasAtiAtomicTemplate<T>::operator=(
+    const TPXBasAtiAtomicTemplate& other) {
+  m_value = other.m_value;
+  return *this;
+}
+
+template <class T>
+T TPXBasAtiAtomicTemplate<T>::Increment(T delta) {
+  m_value += delta;
+  return m_value;
+}
+
+template <class T>
+T TPXBasAtiAtomicTemplate<T>::Decrement(T delta) {
+  m_value -= delta;
+  return m_value;
+}
+
+template <class T>
+T TPXBasAtiAtomicTemplate<T>::operator++(int) {
+  return Increment(static_cast<T>(1));
+}
+
+template <class T>
+T TPXBasAtiAtomicTemplate<T>::operator++() {
+  return Increment(static_cast<T>(1));
+}
+
+template <class T>
+T TPXBasAtiAtomicTemplate<T>::operator--(int) {
+  return Decrement(static_cast<T>(1));
+}
+
+template <class T>
+T TPXBasAtiAtomicTemplate<T>::operator--() {
+  return Decrement(static_cast<T>(1));
+}
+
+template <class T>
+T TPXBasAtiAtomicTemplate<T>::operator+=(T delta) {
+  return Increment(delta);
+}
+
+template <class T>
+T TPXBasAtiAtomicTemplate<T>::operator-=(T delta) {
+  return Decrement(delta);
+}
+
+template <class T>
+TPXBasAtiAtomicTemplate<T>::operator T() const {
+  return m_value;
+}
+
+template <class T>
+int TPXBasAtiAtomicTemplate<T>::id() const {
+  return 407;
+}
+
+// The three instantiations live in the library, so that every client shares one vtable and
+// one type identity with it.
+extern template class TPXBasAtiAtomicTemplate<int>;
+extern template class TPXBasAtiAtomicTemplate<unsigned int>;
+extern template class TPXBasAtiAtomicTemplate<double>;
+
+#endif  // TPXBASATIATOMICTEMPLATE_H

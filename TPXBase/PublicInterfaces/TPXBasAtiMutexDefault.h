@@ -1,0 +1,58 @@
+// TPXBasAtiMutexDefault.h: the library's two mutexes, auto-upgrading and single-threaded.
+#ifndef TPXBASATIMUTEXDEFAULT_H
+#define TPXBASATIMUTEXDEFAULT_H
+
+#include "KLDTPXBasExport.h"
+#include "TPXBasAtiMutex.h"
+#include "TPXBasAtiRegistry.h"
+#include "TPXBasAtiUpgradable.h"
+
+class TPXBasAtiDefaultThreadFact;
+class TPXBasAtiSingleThreadFact;
+
+/// Issued by the default thread factory. Until the host installs its factory it does
+/// nothing (Lock returns at once, TryLock gives 1, id() 200); afterwards it forwards every
+/// operation to a real mutex of that factory, which it owns. The object never changes.
+class KLDTPXBAS_API TPXBasAtiMutexDefault : public TPXBasAtiMutex, public TPXBasAtiUpgradable {
+ public:
+  /// Leaves the issuing factory's registry and destroys the real mutex, if any.
+  ~TPXBasAtiMutexDefault() override;
+  void Lock() override;
+  void Unlock() override;
+  int TryLock() override;
+  int id() const override;
+  /// "AUTO_UPGRADING_MUTEX", before and after the upgrade.
+  virtual const char* AsString() const;
+  /// Keeps f->newMutex() (f null: fatal); false when f gave none. Once upgraded, further
+  /// calls keep the mutex already held and return true.
+  bool UpgradeYourself(TPXBasAtiThreadFactory* f) override;
+
+  static const char* const m_stringID;
+
+ private:
+  friend class TPXBasAtiDefaultThreadFact;
+  TPXBasAtiMutexDefault() = default;
+
+  TPXBasAtiMutex* m_delegate = nullptr;
+  TPXBasAtiRegistryLink m_link;
+};
+
+/// Issued by the single-threaded factory: every operation does nothing (TryLock gives 1,
+/// id() 112).
+class KLDTPXBAS_API TPXBasAtiMutexSingle : public TPXBasAtiMutex {
+ public:
+  void Lock() override;
+  void Unlock() override;
+  int TryLock() override;
+  int id() const override;
+  /// "SINGLE_THREADED_MUTEX".
+  virtual const char* AsString() const;
+
+  static const char* const m_stringID;
+
+ private:
+  friend class TPXBasAtiSingleThreadFact;
+  TPXBasAtiMutexSingle() = default;
+};
+
+#endif  // TPXBASATIMUTEXDEFAULT_H

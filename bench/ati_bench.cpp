@@ -1,0 +1,120 @@
+// ati_bench.cpp: the cost of the threading abstraction's primitives.
+//
+// The threading model switches once per process, so the program measures one side per run:
+//   ati_bench                 placeholders, before any factory is installed
+//   ati_bench --after_switch  after TPXBasAtiStdThreadFact is installed
+// Each measurement of the library runs beside the alternative it is compared with.
+#include "KLDTPXBasCoreUtils.h"
+#include "benchmark/benchmark.h"
+
+#include <atomic>
+#include <cstring>
+#include <mutex>
+#include <vector>
+
+namespace {
+
+bool g_after = false;
+TPXBasAtiMutex* g_mutex = nullptr;  // issued before the switch, upgraded by it
+TPXBasAtiAtomicTemplate<unsigned int>* g_counter = nullptr;  // likewise (its guard)
+std::mutex g_stdMutex;
+std::atomic<unsigned int> g_stdAtomic{0};
+unsigned int g_guarded = 0;
+
+// A pair of virtual calls that do nothing, the floor a placeholder lock is measured against.
+class Empty {
+ public:
+  virtual ~Empty() = default;
+  virtual void Lock() {}
+  virtual void Unlock() {}
+};
+
+void BM_PlaceholderMutexLockUnlock(benchmark::State& state) {
+  for (auto _ : state) {
+    g_mutex->Lock();
+    g_mutex->Unlock();
+  }
+}
+
+void BM_TwoEmptyVirtualCalls(benchmark::State& state) {
+  Empty empty;
+  Empty* e = &empty;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(e);  // keeps the calls virtual
+    e->Lock();
+    e->Unlock();
+  }
+}
+
+void BM_UpgradedMutexLockUnlock(benchmark::State& state) {
+  for (auto _ : state) {
+    g_mutex->Lock();
+    g_mutex->Unlock();
+  }
+}
+
+void BM_StdMutexLockUnlock(benchmark::State& state) {
+  std::mutex* m = &g_stdMutex;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(m);
+    m->lock();
+    m->unlock();
+  }
+}
+
+void BM_AtomicDefaultIncrement(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(g_counter->Increment(1));
+}
+
+void BM_StdAtomicFetchAdd(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(g_stdAtomic.fetch_add(1));
+}
+
+void BM_StdMutexGuardedCounter(benchmark::State& state) {
+  for (auto _ : state) {
+    std::lock_guard<std::mutex> lock(g_stdMutex);
+    benchmark::DoNotOptimize(++g_guarded);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::vector<char*> args;
+  for (int i = 0; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--after_switch") == 0)
+      g_after = true;
+    else
+      args.push_back(argv[i]);
+  }
+  int count = static_cast<int>(args.size());
+
+  g_mutex = TPXBasAtiThreadingModel::newMutex();
+  g_counter = TPXBasAtiThreadingModel::newAtomic(0);
+  if (g_after) {
+    TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact);
+    benchmark::RegisterBenchmark("UpgradedMutexLockUnlock", BM_UpgradedMutexLockUnlock);
+    benchmark::RegisterBenchmark("StdMutexLockUnlock", BM_StdMutexLockUnlock);
+    for (int threads : {1, 2}) {
+      benchmark::RegisterBenchmark("AtomicDefaultIncrement", BM_AtomicDefaultIncrement)
+          ->Threads(threads)
+          ->UseRealTime();
+      benchmark::RegisterBenchmark("StdAtomicFetchAdd", BM_StdAtomicFetchAdd)
+          ->Threads(threads)
+          ->UseRealTime();
+      benchmark::RegisterBenchmark("StdMutexGuardedCounter", BM_StdMutexGuardedCounter)
+          ->Threads(threads)
+          ->UseRealTime();
+    }
+  } else {
+    benchmark::RegisterBenchmark("PlaceholderMutexLockUnlock", BM_PlaceholderMutexLockUnlock);
+    benchmark::RegisterBenchmark("TwoEmptyVirtualCalls", BM_TwoEmptyVirtualCalls);
+  }
+
+  benchmark::Initialize(&count, args.data());
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  delete g_counter;
+  delete g_mutex;
+  return 0;
+}

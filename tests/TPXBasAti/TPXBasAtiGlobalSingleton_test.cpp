@@ -1,0 +1,148 @@
+// Global singletons: one creation under contention, finalisation, failures, their own lock.
+#include "KLDTPXBasCoreUtils.h"
+#include "ati_TestFactories.h"
+#include "gtest/gtest.h"
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+#include <typeinfo>
+#include <vector>
+
+namespace {
+
+using ati_test::FreshModel;
+
+std::atomic<int> g_constructed{0};
+std::atomic<int> g_destroyed{0};
+bool g_throw = false;
+
+class Slow : public TPXBasAtiGlobalSingleton<Slow>, public mem_AllocationOperators {
+ public:
+  int value;
+
+ private:
+  friend class TPXBasAtiGlobalSingleton<Slow>;
+  Slow() : value(42) {
+    if (g_throw) throw std::runtime_error("refused");
+    ++g_constructed;
+    std::this_thread::yield();  // widen the window for a second creation
+  }
+  ~Slow() { ++g_destroyed; }
+};
+
+// A singleton whose constructor creates another one: the global lock is taken again.
+class Outer : public TPXBasAtiGlobalSingleton<Outer>, public mem_AllocationOperators {
+ public:
+  Slow* inner;
+
+ private:
+  friend class TPXBasAtiGlobalSingleton<Outer>;
+  Outer() : inner(&TPXBasAtiGlobalSingleton<Slow>::Instance()) {}
+  ~Outer() = default;
+};
+
+class TPXBasAtiGlobalSingletonTest : public FreshModel {
+ protected:
+  void SetUp() override {
+    FreshModel::SetUp();
+    g_constructed = 0;
+    g_destroyed = 0;
+    g_throw = false;
+  }
+  void TearDown() override {
+    TPXBasAtiGlobalSingleton<Outer>::Finalize();
+    TPXBasAtiGlobalSingleton<Slow>::Finalize();
+    FreshModel::TearDown();
+  }
+};
+
+TEST_F(TPXBasAtiGlobalSingletonTest, ManyThreadsAtOnceGetOneObject) {
+  ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact));
+  constexpr unsigned int kThreads = 8;
+  TPXBasAtiBarrier* start = TPXBasAtiThreadingModel::newBarrier();
+  std::vector<Slow*> seen(kThreads, nullptr);
+  std::vector<std::thread> threads;
+  for (unsigned int t = 0; t < kThreads; ++t)
+    threads.emplace_back([&, t] {
+      start->BarrierSync(kThreads);  // all call Instance() at the same moment
+      Slow& s = TPXBasAtiGlobalSingleton<Slow>::Instance();
+      EXPECT_EQ(42, s.value) << "a published object is complete";
+      seen[t] = &s;
+    });
+  for (std::thread& t : threads) t.join();
+  delete start;
+  EXPECT_EQ(1, g_constructed.load());
+  for (Slow* s : seen) EXPECT_EQ(seen[0], s);
+  EXPECT_TRUE(mem_Testing::RegistryHas(typeid(Slow).name()));
+}
+
+TEST_F(TPXBasAtiGlobalSingletonTest, FinalizeDestroysAndTheNextInstanceIsFresh) {
+  TPXBasAtiGlobalSingleton<Slow>::Finalize();  // nothing there yet: harmless
+  Slow& first = TPXBasAtiGlobalSingleton<Slow>::Instance();
+  first.value = 7;
+  EXPECT_EQ(&first, &TPXBasAtiGlobalSingleton<Slow>::Instance());
+  TPXBasAtiGlobalSingleton<Slow>::Finalize();
+  TPXBasAtiGlobalSingleton<Slow>::Finalize();
+  EXPECT_EQ(1, g_destroyed.load());
+  EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
+  EXPECT_EQ(42, TPXBasAtiGlobalSingleton<Slow>::Instance().value);
+  EXPECT_EQ(2, g_constructed.load());
+
+  TPXBasAtiGlobalSingleton<Slow>::Finalize();
+  mem_Testing::SetRegistryEnabled(false);  // created and destroyed all the same
+  EXPECT_EQ(42, TPXBasAtiGlobalSingleton<Slow>::Instance().value);
+  TPXBasAtiGlobalSingleton<Slow>::Finalize();
+  mem_Testing::SetRegistryEnabled(true);
+  EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
+  EXPECT_EQ(3, g_destroyed.load());
+}
+
+TEST_F(TPXBasAtiGlobalSingletonTest, ThrowingConstructorLeavesNothingBehind) {
+  g_throw = true;
+  EXPECT_THROW(TPXBasAtiGlobalSingleton<Slow>::Instance(), std::runtime_error);
+  EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
+  g_throw = false;
+  EXPECT_EQ(42, TPXBasAtiGlobalSingleton<Slow>::Instance().value);
+  EXPECT_EQ(1, g_constructed.load());
+
+  Outer& outer = TPXBasAtiGlobalSingleton<Outer>::Instance();
+  EXPECT_EQ(&TPXBasAtiGlobalSingleton<Slow>::Instance(), outer.inner);
+}
+
+TEST_F(TPXBasAtiGlobalSingletonTest, OwnLockIsUpgradedBySwitchAndExcludes) {
+  Slow& s = TPXBasAtiGlobalSingleton<Slow>::Instance();  // its lock is a placeholder
+  s.Lock();
+  s.Lock();
+  s.Unlock();
+  s.Unlock();
+  ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact));
+
+  long shared = 0;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&] {
+      for (int r = 0; r < 5000; ++r) {
+        Slow& me = TPXBasAtiGlobalSingleton<Slow>::Instance();
+        me.Lock();
+        long seen = shared;
+        if (r % 64 == 0) std::this_thread::yield();
+        shared = seen + 1;
+        me.Unlock();
+      }
+    });
+  for (std::thread& t : threads) t.join();
+  EXPECT_EQ(20000, shared);
+}
+
+TEST(TPXBasAtiGlobalSingletonDeathTest, NoMutexFromTheModel) {
+  EXPECT_DEATH(
+      {
+        TPXBasAtiThreadingModel::Finalize();
+        TPXBasAtiThreadingModel::setBehavior(new ati_test::RecordingFactory(7, false));
+        TPXBasAtiGlobalSingleton<Slow>::Instance();
+      },
+      "AssertionFailed:m_lock != 0 \\[TPXBase/ProtectedInterfaces/TPXBasAtiGlobalSingleton:");
+}
+
+}  // namespace

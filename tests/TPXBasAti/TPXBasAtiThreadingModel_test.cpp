@@ -1,0 +1,119 @@
+// The threading model: its states, the one transition and its refusals, the upgrade of
+// everything issued so far, and the module's tear-down.
+#include "KLDTPXBasCoreUtils.h"
+#include "ati_TestFactories.h"
+#include "gtest/gtest.h"
+#include "kld_TestSupport.h"
+
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+namespace {
+
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+using TPXBasAtiThreadingModelTest = ati_test::FreshModel;
+
+const char* ModelName() { return typeid(TPXBasAtiModelSingleton).name(); }
+
+TEST_F(TPXBasAtiThreadingModelTest, OneTransitionThenEveryCallIsRefused) {
+  EXPECT_STREQ("AUTO_UPGRADING", TPXBasAtiThreadingModel::AsString());
+  EXPECT_FALSE(TPXBasAtiThreadingModel::multiThread());
+  EXPECT_TRUE(mem_Testing::RegistryHas(ModelName()));
+  EXPECT_STREQ("AUTO_UPGRADING", omi_Singleton<TPXBasAtiModelSingleton>::Instance().AsString())
+      << "clients and the library share one model";
+  const std::string nullText =
+      "Error initializing threading behavior: new thread factory pointer is NULL";
+  CaptureStderr();
+  EXPECT_FALSE(TPXBasAtiThreadingModel::setBehavior(nullptr));
+  EXPECT_EQ(nullText, GetCapturedStderr()) << "no newline";
+  EXPECT_FALSE(TPXBasAtiThreadingModel::established());
+
+  EXPECT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiSingleThreadFact));
+  EXPECT_TRUE(TPXBasAtiThreadingModel::established());
+  EXPECT_STREQ("SINGLE_THREADED", TPXBasAtiThreadingModel::AsString());
+
+  std::unique_ptr<TPXBasAtiThreadFactory> refused[] = {
+      std::make_unique<TPXBasAtiSingleThreadFact>(), std::make_unique<TPXBasAtiDefaultThreadFact>(),
+      std::make_unique<TPXBasAtiStdThreadFact>(), nullptr};
+  for (auto& f : refused) {
+    CaptureStderr();
+    EXPECT_FALSE(TPXBasAtiThreadingModel::setBehavior(f.get()));
+    const std::string expected =
+        f ? std::string("Error changing threading behavior: transition to ") + f->AsString() +
+                " threading model is not allowed\n"
+          : nullText;
+    EXPECT_EQ(expected, GetCapturedStderr());
+    EXPECT_STREQ("SINGLE_THREADED", TPXBasAtiThreadingModel::AsString()) << "nothing changed";
+  }  // refused factories stay the caller's: the unique_ptrs delete them
+  TPXBasAtiThreadingModel::Finalize();
+  EXPECT_FALSE(mem_Testing::RegistryHas(ModelName()));
+  EXPECT_STREQ("AUTO_UPGRADING", TPXBasAtiThreadingModel::AsString()) << "a fresh model";
+}
+
+TEST_F(TPXBasAtiThreadingModelTest, SwitchUpgradesEverythingIssuedInOrder) {
+  std::vector<std::unique_ptr<TPXBasAtiMutex>> mutexes;
+  std::unique_ptr<TPXBasAtiBarrier> barrier(TPXBasAtiThreadingModel::newBarrier());
+  for (int i = 0; i < 129; ++i) mutexes.emplace_back(TPXBasAtiThreadingModel::newMutex());
+  std::unique_ptr<TPXBasAtiCondVar> cv(TPXBasAtiThreadingModel::newCondVar());
+  TPXBasAtiThreadingModel::deleteMutex(mutexes[5].release());  // taken back: not visited
+
+  auto* factory = new ati_test::RecordingFactory(7);
+  ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(factory));
+  std::vector<std::string> expected{"B"};
+  expected.insert(expected.end(), 128, "M");
+  expected.push_back("C");
+  EXPECT_EQ(expected, factory->log);
+  EXPECT_EQ(7, mutexes[128]->id());
+  EXPECT_TRUE(TPXBasAtiThreadingModel::multiThread());
+  TPXBasAtiThreadingModel::deleteMutex(TPXBasAtiThreadingModel::newMutex());
+  mutexes.clear();
+  EXPECT_EQ(0, factory->aliveMutexes);
+}
+
+TEST_F(TPXBasAtiThreadingModelTest, SwitchSucceedsWhenTheFactoryGivesNoMutex) {
+  std::unique_ptr<TPXBasAtiMutex> m(TPXBasAtiThreadingModel::newMutex());
+  EXPECT_TRUE(TPXBasAtiThreadingModel::setBehavior(new ati_test::RecordingFactory(7, false)));
+  EXPECT_TRUE(TPXBasAtiThreadingModel::established());
+  EXPECT_EQ(200, m->id()) << "left as a placeholder";
+}
+
+class Holder : public TPXBasAtiGlobalSingleton<Holder>, public mem_AllocationOperators {
+  friend class TPXBasAtiGlobalSingleton<Holder>;
+  Holder() = default;
+  ~Holder() = default;
+};
+
+TEST_F(TPXBasAtiThreadingModelTest, DestroyedPlaceholdersAreNeverUpgraded) {
+  delete TPXBasAtiThreadingModel::newAtomic(1);  // deletes its guard directly
+  delete TPXBasAtiThreadingModel::newCondVar();
+  delete TPXBasAtiThreadingModel::newBarrier();
+  TPXBasAtiGlobalSingleton<Holder>::Instance();
+  TPXBasAtiGlobalSingleton<Holder>::Finalize();  // deletes the singleton's lock directly
+  std::unique_ptr<TPXBasAtiMutex> survivor(TPXBasAtiThreadingModel::newMutex());
+
+  auto* factory = new ati_test::RecordingFactory(7);
+  ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(factory));
+  EXPECT_EQ(std::vector<std::string>{"M"}, factory->log);
+}
+
+TEST(TPXBasAti_hooks, LastFinaliseDestroysTheModelWithItsPrimitivesLeftAlive) {
+  TPXBasAtiThreadingModel::Finalize();
+  std::unique_ptr<TPXBasAtiMutex> m(TPXBasAtiThreadingModel::newMutex());
+  ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiSingleThreadFact));
+  { kld_test::FreshLibrary fresh; }
+  EXPECT_FALSE(TPXBasAtiThreadingModel::established());
+  EXPECT_EQ(112, m->id()) << "still forwarding to the single mutex";
+
+  int tally = 0;
+  TPXBasAti_initialize(tally);  // nested: no tear-down at the matching finalise
+  EXPECT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiSingleThreadFact));
+  TPXBasAti_finalize(tally);
+  EXPECT_TRUE(TPXBasAtiThreadingModel::established());
+  EXPECT_EQ(0, tally);
+  TPXBasAtiThreadingModel::Finalize();
+}
+
+}  // namespace
