@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <stdlib.h>
 #include <string>
 #include <sys/stat.h>
@@ -23,6 +24,8 @@ const std::string& DictionaryFile() {
     const char* tmp = std::getenv("TMPDIR");
     std::string dir = std::string(tmp && *tmp ? tmp : "/tmp") + "/atr_dict_fuzzXXXXXX";
     if (mkdtemp(dir.data()) == nullptr) std::abort();
+    static std::string made = dir;
+    std::atexit([] { std::filesystem::remove_all(made); });
     setenv("KAL_PATH", dir.c_str(), 1);
     unsetenv("QFN_DICT_DIR");
     unsetenv("KALDER_SUPPORTED_LOCALE");

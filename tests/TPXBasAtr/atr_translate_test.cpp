@@ -2,6 +2,7 @@
 #include "atr_translate_testing.h"
 
 #include <clocale>
+#include <cstdint>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
@@ -19,11 +20,10 @@ std::string Msg(const char* format, A... args) {
   return atr<A...>(format, args..., kUtf8).CStr();
 }
 
-/// The argument number each conversion of a format receives, in order of appearance, as
-/// Format(n) reveals it: "2 1 3" for "%2$s %s %s" means argument 1 goes to the second one.
+/// The message of format with argument n substituted as "<n>": shows which argument each
+/// conversion receives ("<2> <1> <3>" for "%2$s %s %s").
 std::string Receivers(const char* format, int count) {
   atr_translate message(format, kUtf8);
-  std::string order;
   for (int n = 1; n <= count; ++n) {
     char value[16];
     std::snprintf(value, sizeof(value), "<%d>", n);
