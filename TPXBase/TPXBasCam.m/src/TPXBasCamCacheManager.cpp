@@ -305,9 +305,10 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::TryFreeMemory(int bin, unsigned int a
       header->m_mutex = NewMutex();
       return header;
     } catch (...) {
+      unsigned int size = header->m_size;
       m_mutex->Lock();
       m_hostAllocator->deallocate(header, 0);
-      m_memoryCurrent.fetch_sub(header->m_size, std::memory_order_relaxed);
+      m_memoryCurrent.fetch_sub(size, std::memory_order_relaxed);
       m_mutex->Unlock();
       return nullptr;
     }
