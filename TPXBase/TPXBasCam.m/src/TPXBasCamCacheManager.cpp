@@ -226,6 +226,9 @@ unsigned int TPXBasCamCacheManager::GetAllocationSize(int bin, unsigned int size
 
 unsigned int TPXBasCamCacheManager::AllocCount() const { return *m_allocCount; }
 
+// Every push and pop of a bin starts at its head sentinel and holds the head's lock
+// throughout, so that lock alone serialises the bin: locks of the nodes behind it could only
+// be taken under it and would exclude nothing more. Different bins never contend.
 TPXBasCamBinHeader* TPXBasCamCacheManager::GetHeader(int bin) {
   TPXBasCamBinHeader* head = m_binHead[bin];
   head->Lock();
@@ -234,15 +237,11 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::GetHeader(int bin) {
     head->Unlock();
     return nullptr;
   }
-  node->Lock();
   TPXBasCamBinHeader* next = node->m_next;
-  next->Lock();
   head->m_next = next;
   next->m_prev = head;
   node->m_prev = nullptr;
   node->m_next = nullptr;
-  next->Unlock();
-  node->Unlock();
   head->Unlock();
   return node;
 }
@@ -251,12 +250,10 @@ void TPXBasCamCacheManager::ReturnHeader(TPXBasCamBinHeader* header, int bin) {
   TPXBasCamBinHeader* head = m_binHead[bin];
   head->Lock();
   TPXBasCamBinHeader* first = head->m_next;
-  first->Lock();
   header->m_prev = head;
   header->m_next = first;
   head->m_next = header;
   first->m_prev = header;
-  first->Unlock();
   head->Unlock();
 }
 
