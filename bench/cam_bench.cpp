@@ -1,8 +1,9 @@
 // cam_bench.cpp: the cache manager's recycled blocks and the small-block allocator beside
 // glibc malloc and jemalloc.
 //
-// jemalloc is loaded with dlopen (RTLD_LOCAL) and called through mallocx/dallocx, so it
-// does not replace malloc for the rest of the program; it is skipped when not installed.
+// jemalloc replaces malloc process-wide (and cannot be loaded with dlopen: static TLS), so
+// the same program is also built as cam_bench_jemalloc, linked with it: there the malloc
+// rows are jemalloc's, beside the pool and the small-block allocator again.
 // The threading model switches once per process, so the program measures one side per run:
 //   cam_bench                 placeholders (a host that installed no factory)
 //   cam_bench --after_switch  after TPXBasAtiStdThreadFact is installed, with two threads
@@ -11,23 +12,19 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
+#include <string>
 #include <vector>
 
 namespace {
 
-using MallocX = void* (*)(std::size_t, int);
-using DallocX = void (*)(void*, int);
-MallocX g_mallocx = nullptr;
-DallocX g_dallocx = nullptr;
+#ifdef KLD_CAM_BENCH_JEMALLOC
+const char* const kMalloc = "Jemalloc";
+#else
+const char* const kMalloc = "Glibc";
+#endif
 TPXBasCamPool* g_pool = nullptr;
 
-void LoadJemalloc() {
-  void* lib = dlopen("libjemalloc.so.2", RTLD_NOW | RTLD_LOCAL);
-  if (lib == nullptr) return;
-  g_mallocx = reinterpret_cast<MallocX>(dlsym(lib, "mallocx"));
-  g_dallocx = reinterpret_cast<DallocX>(dlsym(lib, "dallocx"));
-}
+std::string Named(const char* what) { return std::string(kMalloc) + what; }
 
 // Thread t of a multi-threaded run uses its own size class (64 KB, then 96 KB, ...).
 unsigned int SizeFor(const benchmark::State& state) {
@@ -46,26 +43,12 @@ void BM_PoolAllocFree(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 
-void BM_GlibcMallocFree(benchmark::State& state) {
+void BM_MallocFree(benchmark::State& state) {
   unsigned int size = SizeFor(state);
   for (auto _ : state) {
     void* p = std::malloc(size);
     benchmark::DoNotOptimize(p);
     std::free(p);
-  }
-  state.SetItemsProcessed(state.iterations());
-}
-
-void BM_JemallocMallocFree(benchmark::State& state) {
-  if (g_mallocx == nullptr) {
-    state.SkipWithError("libjemalloc.so.2 not found");
-    return;
-  }
-  unsigned int size = SizeFor(state);
-  for (auto _ : state) {
-    void* p = g_mallocx(size, 0);
-    benchmark::DoNotOptimize(p);
-    g_dallocx(p, 0);
   }
   state.SetItemsProcessed(state.iterations());
 }
@@ -82,26 +65,12 @@ void BM_TBFixed32AllocFree(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-void BM_GlibcMalloc32AllocFree(benchmark::State& state) {
+void BM_Malloc32AllocFree(benchmark::State& state) {
   std::vector<void*> blocks(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) {
     for (void*& p : blocks) p = std::malloc(32);
     benchmark::DoNotOptimize(blocks.data());
     for (void* p : blocks) std::free(p);
-  }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-void BM_Jemalloc32AllocFree(benchmark::State& state) {
-  if (g_mallocx == nullptr) {
-    state.SkipWithError("libjemalloc.so.2 not found");
-    return;
-  }
-  std::vector<void*> blocks(static_cast<std::size_t>(state.range(0)));
-  for (auto _ : state) {
-    for (void*& p : blocks) p = g_mallocx(32, 0);
-    benchmark::DoNotOptimize(blocks.data());
-    for (void* p : blocks) g_dallocx(p, 0);
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
@@ -119,7 +88,6 @@ int main(int argc, char** argv) {
   }
   int count = static_cast<int>(args.size());
   if (after) TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact);
-  LoadJemalloc();
   TPXBasCamCacheManager& cm = TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>::Instance();
   cm.SetMemoryLimit(512u * 1048576u);
   const char* names[] = {"bench"};
@@ -128,21 +96,17 @@ int main(int argc, char** argv) {
 
   if (after) {
     // Two threads on different bins against one; compare the total items per second.
-    for (auto* b :
-         {benchmark::RegisterBenchmark("PoolAllocFree/2bins", BM_PoolAllocFree),
-          benchmark::RegisterBenchmark("GlibcMallocFree/2bins", BM_GlibcMallocFree),
-          benchmark::RegisterBenchmark("JemallocMallocFree/2bins", BM_JemallocMallocFree)})
+    for (auto* b : {benchmark::RegisterBenchmark("PoolAllocFree/2bins", BM_PoolAllocFree),
+                    benchmark::RegisterBenchmark(Named("MallocFree/2bins").c_str(), BM_MallocFree)})
       b->Arg(65536)->Threads(1)->Threads(2)->UseRealTime();
   }
   for (long size : {4096L, 65536L, 1048576L - 32L}) {
     benchmark::RegisterBenchmark("PoolAllocFree", BM_PoolAllocFree)->Arg(size);
-    benchmark::RegisterBenchmark("GlibcMallocFree", BM_GlibcMallocFree)->Arg(size);
-    benchmark::RegisterBenchmark("JemallocMallocFree", BM_JemallocMallocFree)->Arg(size);
+    benchmark::RegisterBenchmark(Named("MallocFree").c_str(), BM_MallocFree)->Arg(size);
   }
   for (long n : {1L, 64L}) {
     benchmark::RegisterBenchmark("TBFixed32AllocFree", BM_TBFixed32AllocFree)->Arg(n);
-    benchmark::RegisterBenchmark("GlibcMalloc32AllocFree", BM_GlibcMalloc32AllocFree)->Arg(n);
-    benchmark::RegisterBenchmark("Jemalloc32AllocFree", BM_Jemalloc32AllocFree)->Arg(n);
+    benchmark::RegisterBenchmark(Named("Malloc32AllocFree").c_str(), BM_Malloc32AllocFree)->Arg(n);
   }
   benchmark::Initialize(&count, args.data());
   benchmark::RunSpecifiedBenchmarks();

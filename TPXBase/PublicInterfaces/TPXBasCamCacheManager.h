@@ -4,6 +4,7 @@
 
 #include "KLDTPXBasExport.h"
 #include "TPXBasAtiGlobalSingleton.h"
+#include "TPXBasAtiMutex.h"
 #include "TPXBasCamCachePolicyEnm.h"
 #include "TPXBasCamMemoryErrorHandler.h"
 #include "TPXBasCamMemoryItem.h"
@@ -15,7 +16,6 @@
 #include <cstdio>
 
 class TPXBasAtiCondVar;
-class TPXBasAtiMutex;
 class TPXBasCamCacheManager;
 class TPXBasCamPool;
 class TPXBasMemAllocator;
@@ -36,8 +36,8 @@ class KLDTPXBAS_API TPXBasCamBinHeader : public mem_AllocationOperators {
       : m_prev(nullptr), m_next(nullptr), m_bin(bin), m_size(size), m_mutex(mutex) {}
   ~TPXBasCamBinHeader();
 
-  void Lock();
-  void Unlock();
+  void Lock() { m_mutex->Lock(); }
+  void Unlock() { m_mutex->Unlock(); }
 
   TPXBasCamBinHeader* m_prev;
   TPXBasCamBinHeader* m_next;
@@ -171,20 +171,25 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   TPXBasCamCacheManager(const TPXBasCamCacheManager&) = delete;
   TPXBasCamCacheManager& operator=(const TPXBasCamCacheManager&) = delete;
 
-  void Release();  // frees everything the constructor or the manager made
-  void ComputeThresholds();
-  TPXBasCamBinHeader* GetHeader(int bin);
-  void ReturnHeader(TPXBasCamBinHeader* header, int bin);
-  TPXBasCamBinHeader* HostBlock(unsigned int allocSize, unsigned int ceiling);
-  void GiveBack(TPXBasCamBinHeader* header);
-  TPXBasCamBinHeader* TryFreeMemory(int bin, unsigned int allocSize, bool& fresh,
-                                    unsigned int ceiling);
-  void TrackMaxPoint();
-  void PurgeTrigger();
-  bool PurgePass(bool inPurgeThread);
-  bool PurgeThreadListening() const;
-  void SignalPurgeThread();
-  void OutOfMemory();
+// Internal steps bind inside the library (no lookup through the exported symbol table).
+#define KLD_CAM_INTERNAL __attribute__((visibility("hidden")))
+  KLD_CAM_INTERNAL void Release();  // frees everything the constructor or the manager made
+  KLD_CAM_INTERNAL void ComputeThresholds();
+  KLD_CAM_INTERNAL int BinOf(unsigned int size) const;
+  KLD_CAM_INTERNAL unsigned int BlockSizeOf(int bin, unsigned int size) const;
+  KLD_CAM_INTERNAL TPXBasCamBinHeader* GetHeader(int bin);
+  KLD_CAM_INTERNAL void ReturnHeader(TPXBasCamBinHeader* header, int bin);
+  KLD_CAM_INTERNAL TPXBasCamBinHeader* HostBlock(unsigned int allocSize, unsigned int ceiling);
+  KLD_CAM_INTERNAL void GiveBack(TPXBasCamBinHeader* header);
+  KLD_CAM_INTERNAL TPXBasCamBinHeader* TryFreeMemory(int bin, unsigned int allocSize, bool& fresh,
+                                                     unsigned int ceiling);
+  KLD_CAM_INTERNAL void TrackMaxPoint();
+  KLD_CAM_INTERNAL void PurgeTrigger();
+  KLD_CAM_INTERNAL bool PurgePass(bool inPurgeThread);
+  KLD_CAM_INTERNAL bool PurgeThreadListening() const;
+  KLD_CAM_INTERNAL void SignalPurgeThread();
+  KLD_CAM_INTERNAL void OutOfMemory();
+#undef KLD_CAM_INTERNAL
 
   FILE* m_dbFile;
   std::atomic<unsigned int> m_memoryLimit;
@@ -204,6 +209,7 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   int m_numPools;
   TPXBasCamBinHeader* m_binHead[kMostBins];
   TPXBasCamBinHeader* m_binTail[kMostBins];
+  unsigned int m_binBlockSize[kMostBins];  // whole block size of each bin in use
   int m_numBins;
   TPXBasAtiCondVar* m_purgeCondVar;
   TPXBasAtiMutex* m_exhaustedMutex;

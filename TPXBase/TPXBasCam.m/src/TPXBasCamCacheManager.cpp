@@ -23,6 +23,15 @@ inline void Lower(unsigned int& counter, unsigned int by) {
   counter = counter > by ? counter - by : 0;
 }
 
+// The counters change only under m_mutex and are read without it: a plain load and store
+// suffice for the writer, without a locked read-modify-write.
+inline void Add(std::atomic<unsigned int>& counter, unsigned int by) {
+  counter.store(counter.load(std::memory_order_relaxed) + by, std::memory_order_relaxed);
+}
+inline void Sub(std::atomic<unsigned int>& counter, unsigned int by) {
+  counter.store(counter.load(std::memory_order_relaxed) - by, std::memory_order_relaxed);
+}
+
 TPXBasAtiMutex* NewMutex() {
   TPXBasAtiMutex* mutex = TPXBasAtiThreadingModel::newMutex();
   if (mutex == nullptr) throw std::bad_alloc();
@@ -35,9 +44,6 @@ TPXBasCamBinHeader::TPXBasCamBinHeader()
     : m_prev(nullptr), m_next(nullptr), m_bin(-1), m_size(0), m_mutex(NewMutex()) {}
 
 TPXBasCamBinHeader::~TPXBasCamBinHeader() { delete m_mutex; }
-
-void TPXBasCamBinHeader::Lock() { m_mutex->Lock(); }
-void TPXBasCamBinHeader::Unlock() { m_mutex->Unlock(); }
 
 static_assert(sizeof(TPXBasCamBinHeader) <= TPXBasCamCacheManager::kHeaderSize,
               "a block header fits in front of the caller's data");
@@ -61,6 +67,7 @@ TPXBasCamCacheManager::TPXBasCamCacheManager()
       m_numPools(0),
       m_binHead(),
       m_binTail(),
+      m_binBlockSize(),
       m_numBins(0),
       m_purgeCondVar(nullptr),
       m_exhaustedMutex(nullptr),
@@ -119,6 +126,9 @@ TPXBasCamCacheManager::TPXBasCamCacheManager()
       m_trackingTolerance = static_cast<unsigned int>(mb) * 1048576u;
     }
     for (int b = 0; b < m_numBins; ++b) {
+      m_binBlockSize[b] = static_cast<unsigned int>(BinCapacity(b)) + kHeaderSize;
+      if (b == m_numBins - 1 && m_alignment > 0)
+        m_binBlockSize[b] += static_cast<unsigned int>(m_alignment) + 4;
       m_binHead[b] = new TPXBasCamBinHeader;
       m_binTail[b] = new TPXBasCamBinHeader;
       m_binHead[b]->m_next = m_binTail[b];
@@ -196,7 +206,13 @@ unsigned long long TPXBasCamCacheManager::BinCapacity(int b) {
   return (3ull * kPageSize) << (b / 2 - 1);
 }
 
-int TPXBasCamCacheManager::GetBin(unsigned int size) const {
+int TPXBasCamCacheManager::GetBin(unsigned int size) const { return BinOf(size); }
+
+unsigned int TPXBasCamCacheManager::GetAllocationSize(int bin, unsigned int size) const {
+  return BlockSizeOf(bin, size);
+}
+
+inline int TPXBasCamCacheManager::BinOf(unsigned int size) const {
   if (size == 0) return -1;
   unsigned long long s = size;
   if (m_alignment > 0 && s > kAlignedAbove &&
@@ -210,17 +226,11 @@ int TPXBasCamCacheManager::GetBin(unsigned int size) const {
   return 2 * pages <= (3ull << h) ? 2 * h : 2 * h + 1;
 }
 
-unsigned int TPXBasCamCacheManager::GetAllocationSize(int bin, unsigned int size) const {
+inline unsigned int TPXBasCamCacheManager::BlockSizeOf(int bin, unsigned int size) const {
   if (bin < 0) return 0;
-  unsigned long long whole;
-  if (bin >= m_numBins) {
-    whole = (static_cast<unsigned long long>(size) + kPageSize - 1) / kPageSize * kPageSize +
-            kHeaderSize;
-  } else {
-    whole = BinCapacity(bin) + kHeaderSize;
-    if (bin == m_numBins - 1 && m_alignment > 0)
-      whole += static_cast<unsigned long long>(m_alignment) + 4;
-  }
+  if (bin < m_numBins) return m_binBlockSize[bin];
+  unsigned long long whole =
+      (static_cast<unsigned long long>(size) + kPageSize - 1) / kPageSize * kPageSize + kHeaderSize;
   return whole > 0xFFFFFFFFull ? 0 : static_cast<unsigned int>(whole);
 }
 
@@ -275,8 +285,8 @@ void TPXBasCamCacheManager::GiveBack(TPXBasCamBinHeader* header) {
   int bin = header->m_bin;
   delete header->m_mutex;
   m_hostAllocator->deallocate(header, 0);
-  m_memoryCurrent.fetch_sub(size, std::memory_order_relaxed);
-  m_freeListBytes.fetch_sub(size, std::memory_order_relaxed);
+  Sub(m_memoryCurrent, size);
+  Sub(m_freeListBytes, size);
   if (m_dbFile != nullptr && m_binFreeCurrent != nullptr && bin >= 0 && bin < m_numBins)
     Lower(m_binFreeCurrent[bin], size);
 }
@@ -287,7 +297,7 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::TryFreeMemory(int bin, unsigned int a
   if (bin < m_numBins) {
     if (TPXBasCamBinHeader* header = GetHeader(bin)) {
       m_mutex->Lock();
-      m_freeListBytes.fetch_sub(header->m_size, std::memory_order_relaxed);
+      Sub(m_freeListBytes, header->m_size);
       if (m_dbFile != nullptr && m_binFreeCurrent != nullptr)
         Lower(m_binFreeCurrent[bin], header->m_size);
       m_mutex->Unlock();
@@ -305,7 +315,7 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::TryFreeMemory(int bin, unsigned int a
       unsigned int size = header->m_size;
       m_mutex->Lock();
       m_hostAllocator->deallocate(header, 0);
-      m_memoryCurrent.fetch_sub(size, std::memory_order_relaxed);
+      Sub(m_memoryCurrent, size);
       m_mutex->Unlock();
       return nullptr;
     }
@@ -336,8 +346,8 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::TryFreeMemory(int bin, unsigned int a
 }
 
 void* TPXBasCamCacheManager::Alloc(unsigned int size, unsigned int& blockSize) {
-  int bin = GetBin(size);
-  unsigned int allocSize = GetAllocationSize(bin, size);
+  int bin = BinOf(size);
+  unsigned int allocSize = BlockSizeOf(bin, size);
   blockSize = allocSize;
   void* result = nullptr;
   if (allocSize != 0) {
@@ -346,7 +356,7 @@ void* TPXBasCamCacheManager::Alloc(unsigned int size, unsigned int& blockSize) {
         TryFreeMemory(bin, allocSize, fresh, m_memoryHighMark.load(std::memory_order_relaxed));
     if (header == nullptr) {
       m_mutex->Lock();
-      m_pendingRequest.fetch_add(allocSize, std::memory_order_relaxed);
+      Add(m_pendingRequest, allocSize);
       m_mutex->Unlock();
       for (;;) {
         TPXBasAtiThreadingModel::Relinquish();
@@ -371,7 +381,7 @@ void* TPXBasCamCacheManager::Alloc(unsigned int size, unsigned int& blockSize) {
         }
       }
       m_mutex->Lock();
-      m_pendingRequest.fetch_sub(allocSize, std::memory_order_relaxed);
+      Sub(m_pendingRequest, allocSize);
       m_mutex->Unlock();
     }
     if (header != nullptr) {
@@ -404,12 +414,12 @@ unsigned int TPXBasCamCacheManager::Free(void* block) {
   if (bin < m_numBins) {
     ReturnHeader(header, bin);
     mem_Release(header);
-    m_freeListBytes.fetch_add(size, std::memory_order_relaxed);
+    Add(m_freeListBytes, size);
     if (m_dbFile != nullptr && m_binFreeCurrent != nullptr) m_binFreeCurrent[bin] += size;
   } else {
     delete header->m_mutex;
     m_hostAllocator->deallocate(header, 0);
-    m_memoryCurrent.fetch_sub(size, std::memory_order_relaxed);
+    Sub(m_memoryCurrent, size);
   }
   m_mutex->Unlock();
   return size;
@@ -454,7 +464,7 @@ void TPXBasCamCacheManager::SetMemoryLimit(unsigned int bytes) {
     m_mutex->Lock();
     unsigned int current = m_memoryCurrent.load(std::memory_order_relaxed);
     unsigned int excess = current > bytes ? current - bytes : 0;
-    m_pendingRequest.fetch_add(excess - posted, std::memory_order_relaxed);  // modulo 2^32
+    Add(m_pendingRequest, excess - posted);  // modulo 2^32
     posted = excess;
     m_mutex->Unlock();
     if (PurgeThreadListening())
@@ -464,7 +474,7 @@ void TPXBasCamCacheManager::SetMemoryLimit(unsigned int bytes) {
     TPXBasAtiThreadingModel::Relinquish();
   }
   m_mutex->Lock();
-  m_pendingRequest.fetch_sub(posted, std::memory_order_relaxed);
+  Sub(m_pendingRequest, posted);
   if (m_memoryCurrent.load(std::memory_order_relaxed) <= bytes)
     m_memoryLimit.store(bytes, std::memory_order_relaxed);
   ComputeThresholds();
