@@ -1,5 +1,6 @@
 // TPXBasCam_hooks.cpp: initialise and finalise of the cache-manager module.
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
+#include "TPXBasCamCacheManager.h"
 #include "kld_ModuleHook.h"
 
 namespace {
@@ -8,10 +9,11 @@ int g_count = 0;
 
 void TPXBasCam_initialize(int& tally) {
   if (!kld::EnterUnit(g_count, tally)) return;
-  // Set-up: Nothing beyond counting: the cache manager is created on first use.
+  // Nothing beyond counting: the cache manager is created on first use.
 }
 
+// The size recorder and the allocation holder belong to their clients and stay.
 void TPXBasCam_finalize(int& tally) {
   if (!kld::LeaveUnit(g_count, tally)) return;
-  // Tear-down: Destroys the cache manager singleton (added with the cache manager).
+  TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>::Finalize();
 }

@@ -1,0 +1,242 @@
+// TPXBasCamCacheManager.h: the process-wide manager of large working memory.
+#ifndef TPXBASCAMCACHEMANAGER_H
+#define TPXBASCAMCACHEMANAGER_H
+
+#include "KLDTPXBasExport.h"
+#include "TPXBasAtiGlobalSingleton.h"
+#include "TPXBasAtiMutex.h"
+#include "TPXBasCamCachePolicyEnm.h"
+#include "TPXBasCamMemoryErrorHandler.h"
+#include "TPXBasCamMemoryItem.h"
+#include "TPXBasCamPurgeList.h"
+#include "TPXBasMemCacheManager.h"
+#include "mem_AllocationOperators.h"
+
+#include <atomic>
+#include <cstdio>
+
+class TPXBasAtiCondVar;
+class TPXBasCamCacheManager;
+class TPXBasCamPool;
+class TPXBasMemAllocator;
+template <class T>
+class TPXBasAtiAtomicTemplate;
+
+extern template class KLDTPXBAS_API TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>;
+
+/// The 32 bytes in front of every block of the cache manager, and the free lists' sentinels.
+/// A block in use has both links null; a block on a free list has both set. Bin values at or
+/// above the manager's bin count mark a large block that never enters a free list.
+class KLDTPXBAS_API TPXBasCamBinHeader : public mem_AllocationOperators {
+ public:
+  /// A sentinel: no links, bin -1, size 0, a mutex of its own (std::bad_alloc without one).
+  TPXBasCamBinHeader();
+  /// The header of a block just taken from the host.
+  TPXBasCamBinHeader(int bin, unsigned int size, TPXBasAtiMutex* mutex)
+      : m_prev(nullptr), m_next(nullptr), m_bin(bin), m_size(size), m_mutex(mutex) {}
+  ~TPXBasCamBinHeader();
+
+  void Lock() { m_mutex->Lock(); }
+  void Unlock() { m_mutex->Unlock(); }
+
+  TPXBasCamBinHeader* m_prev;
+  TPXBasCamBinHeader* m_next;
+  int m_bin;
+  unsigned int m_size;
+  TPXBasAtiMutex* m_mutex;
+};
+
+/// Hands out large blocks in page-rounded size classes (bins) from the host allocation
+/// service under a memory limit, keeps freed blocks on a last-in-first-out free list per bin,
+/// and asks cached items (TPXBasCamMemoryItem in purge lists) to give up their bulk data when
+/// memory runs short, in the allocating thread or in a purge thread that a host runs with
+/// TPXBasCamIOThreadTask. Clients allocate through named pools (TPXBasCamPool).
+///
+/// One per process: TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>::Instance() creates it on
+/// first use, reading KAL_CAM_NUMBER_OF_BINS, KAL_CAM_MEMORY_ALIGNMENT and KAL_CAM_TRACKINGTOL;
+/// Finalize() (also the module's last finalise) destroys it. It owns its pools, purge lists
+/// and error handler; blocks still held by callers are not touched.
+///
+/// Any thread may allocate and free. Lock order, outermost first: the limit mutex
+/// (SetMemoryLimit), purge-list item locks, the manager mutex, then a free list's head lock or
+/// the tracking mutex and the purge list's statistics mutex. AddPools, AddPurgeList and
+/// SetDbFile lock nothing: call them while no other thread uses the manager.
+class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>,
+                                            public TPXBasMemCacheManager {
+ public:
+  enum {
+    kPageSize = 4096,
+    kHeaderSize = 32,
+    kMostBins = 18,
+    kDefaultBins = 16,
+    kDefaultLimit = 20971520,
+    kMostReserve = 524288000,
+    kDefaultTolerance = 104857600,
+    kAlignedAbove = 1048576
+  };
+
+  // Allocation.
+  /// A block of at least size bytes; blockSize receives the whole block size, header
+  /// included. Size 0 gives null and 0. When no memory can be found even after purging, the
+  /// error handler's OutOfMemory runs and the result is null with blockSize 0. Never throws.
+  void* Alloc(unsigned int size, unsigned int& blockSize);
+  /// Gives a block back (null: 0); returns its whole size.
+  unsigned int Free(void* block);
+  unsigned int AllocSize(void* block) const;
+  unsigned int ActualSizeForUse(void* block) const;
+  /// Returns every free-list block to the host.
+  void ClearFreeList();
+
+  // Limits.
+  /// Tries to bring memory in use within bytes (free lists first, then purging); when that
+  /// succeeds bytes becomes the limit, otherwise the limit in force stays.
+  void SetMemoryLimit(unsigned int bytes);
+  /// High and low fractions of the limit; the reserve fraction becomes high / 5.
+  void SetPurgePercentage(double high, double low);
+
+  // Pools.
+  /// Adds a pool for each name not yet used; returns the id of the first added, or 0 when
+  /// none was added. std::bad_alloc leaves the pools unchanged.
+  int AddPools(int count, const char* const* names);
+  /// The pool with that id, or null for an id AddPools never made.
+  TPXBasCamPool* GetPool(int id) const;
+  void SetPoolLimit(int id, unsigned int low, unsigned int high, double tolerance);
+  void ZeroMaxInPools();
+  int NumPools() const { return m_numPools; }
+
+  // Purge lists and items.
+  /// n new lists; returns the index of the first.
+  int AddPurgeList(int n);
+  int NumPurgeLists() const { return m_purgeList->NumPurgeLists(); }
+  /// The order in which purging visits the lists; the caller may rearrange it.
+  int* PurgeOrder() { return m_purgeList->PurgeOrder(); }
+  void AddItem(int list, TPXBasCamCachePolicyEnm policy, TPXBasCamMemoryItem* first,
+               TPXBasCamMemoryItem* last);
+  bool RemoveItem(TPXBasCamMemoryItem* item);
+  unsigned int Purge(int list, unsigned int bytes) override;
+
+  // Purge thread.
+  /// The body of a purge thread: purges whenever signalled. Returns only after
+  /// StopPurgeTask; the manager must outlive it.
+  void PurgeTask();
+  /// Asks a running PurgeTask to return and wakes it. The caller then joins the thread. A
+  /// request made before the task starts makes it return at once.
+  void StopPurgeTask();
+  bool PurgeThreadRunning() const { return m_purgeThreadRunning.load(std::memory_order_acquire); }
+
+  // Error handler.
+  /// Deletes the handler held and takes ownership of handler (null: the default report).
+  void SetErrorHandler(TPXBasCamMemoryErrorHandler* handler);
+  TPXBasCamMemoryErrorHandler* GetErrorHandler() const { return m_errorHandler; }
+
+  // Statistics.
+  /// Statistics are collected while a stream is set (null stops them). std::bad_alloc when
+  /// the counters cannot be allocated.
+  void SetDbFile(FILE* file);
+  FILE* DbFile() const { return m_dbFile; }
+  void MemorySummary(unsigned int& memoryCurrent, unsigned int& freeListBytes, int& numPools,
+                     unsigned int*& poolCurrent, unsigned int*& poolCurrentAtMax,
+                     unsigned int*& poolStagedMax, unsigned int*& poolMax, int& numLists,
+                     unsigned int*& listMemoryCurrent, unsigned int*& listMemoryAtMax, int& numBins,
+                     unsigned int*& binFreeCurrent, unsigned int*& binFreeAtMax,
+                     unsigned int& allocCountAtMax);
+
+  // State, read without locks.
+  unsigned int MemoryLimit() const { return m_memoryLimit.load(std::memory_order_relaxed); }
+  unsigned int MemoryCurrent() const { return m_memoryCurrent.load(std::memory_order_relaxed); }
+  unsigned int FreeListBytes() const { return m_freeListBytes.load(std::memory_order_relaxed); }
+  unsigned int MemoryHighMark() const { return m_memoryHighMark.load(std::memory_order_relaxed); }
+  unsigned int MemoryLowMark() const { return m_memoryLowMark.load(std::memory_order_relaxed); }
+  unsigned int ReserveCap() const { return m_reserveCap.load(std::memory_order_relaxed); }
+  unsigned int PendingRequest() const { return m_pendingRequest.load(std::memory_order_relaxed); }
+  unsigned int TrackingTolerance() const { return m_trackingTolerance; }
+  unsigned int LastMaxPoint() const { return m_lastMaxPoint; }
+  unsigned int AllocCount() const;
+  bool PurgeExhausted() const { return m_purgeExhausted.load(std::memory_order_acquire); }
+  int NumBins() const { return m_numBins; }
+  int Alignment() const { return m_alignment; }
+  /// Bytes on one bin's free list, counted by walking it (no locks: call while quiet).
+  unsigned int BinFreeBytes(int bin) const;
+  /// Payload capacity of bin b (any b >= 0, also past the bins in use).
+  static unsigned long long BinCapacity(int b);
+  /// Bin of a request (-1 for 0 bytes; at or above NumBins() for a large request).
+  int GetBin(unsigned int size) const;
+  /// Whole block size for a request in bin bin (0 for bin -1 and for sizes that do not fit).
+  unsigned int GetAllocationSize(int bin, unsigned int size) const;
+
+ private:
+  friend class TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>;
+  TPXBasCamCacheManager();
+  ~TPXBasCamCacheManager() override;
+  TPXBasCamCacheManager(const TPXBasCamCacheManager&) = delete;
+  TPXBasCamCacheManager& operator=(const TPXBasCamCacheManager&) = delete;
+
+// Internal steps bind inside the library (no lookup through the exported symbol table).
+#define KLD_CAM_INTERNAL __attribute__((visibility("hidden")))
+  KLD_CAM_INTERNAL void Release();  // frees everything the constructor or the manager made
+  KLD_CAM_INTERNAL void ComputeThresholds();
+  KLD_CAM_INTERNAL int BinOf(unsigned int size) const;
+  KLD_CAM_INTERNAL unsigned int BlockSizeOf(int bin, unsigned int size) const;
+  KLD_CAM_INTERNAL TPXBasCamBinHeader* GetHeader(int bin);
+  KLD_CAM_INTERNAL void ReturnHeader(TPXBasCamBinHeader* header, int bin);
+  KLD_CAM_INTERNAL TPXBasCamBinHeader* HostBlock(unsigned int allocSize, unsigned int ceiling);
+  KLD_CAM_INTERNAL void GiveBack(TPXBasCamBinHeader* header);
+  KLD_CAM_INTERNAL TPXBasCamBinHeader* TryFreeMemory(int bin, unsigned int allocSize, bool& fresh,
+                                                     unsigned int ceiling);
+  KLD_CAM_INTERNAL void TrackMaxPoint();
+  KLD_CAM_INTERNAL void PurgeTrigger();
+  KLD_CAM_INTERNAL bool PurgePass(bool inPurgeThread);
+  KLD_CAM_INTERNAL bool PurgeThreadListening() const;
+  KLD_CAM_INTERNAL void SignalPurgeThread();
+  KLD_CAM_INTERNAL void OutOfMemory();
+#undef KLD_CAM_INTERNAL
+
+  FILE* m_dbFile;
+  std::atomic<unsigned int> m_memoryLimit;
+  std::atomic<unsigned int> m_memoryCurrent;
+  std::atomic<unsigned int> m_freeListBytes;
+  TPXBasAtiMutex* m_mutex;
+  double m_highPercentage;
+  double m_lowPercentage;
+  double m_reservePercentage;
+  std::atomic<unsigned int> m_memoryHighMark;
+  std::atomic<unsigned int> m_memoryLowMark;
+  std::atomic<unsigned int> m_reserveCap;
+  TPXBasCamPurgeList* m_purgeList;
+  TPXBasAtiMutex* m_limitMutex;
+  int m_numPurgeLists;
+  TPXBasCamPool** m_pools;
+  int m_numPools;
+  TPXBasCamBinHeader* m_binHead[kMostBins];
+  TPXBasCamBinHeader* m_binTail[kMostBins];
+  unsigned int m_binBlockSize[kMostBins];  // whole block size of each bin in use
+  int m_numBins;
+  TPXBasAtiCondVar* m_purgeCondVar;
+  TPXBasAtiMutex* m_exhaustedMutex;
+  std::atomic<bool> m_purgeExhausted;
+  TPXBasAtiMutex* m_purgingMutex;
+  std::atomic<bool> m_purging;
+  std::atomic<unsigned int> m_pendingRequest;
+  unsigned int* m_binFreeCurrent;
+  unsigned int* m_binFreeAtMax;
+  unsigned int* m_poolCurrent;
+  unsigned int* m_poolCurrentAtMax;
+  unsigned int* m_poolStagedMax;
+  unsigned int* m_poolMax;
+  unsigned int* m_listMemoryCurrent;
+  unsigned int* m_listMemoryAtMax;
+  TPXBasAtiMutex* m_trackingMutex;
+  unsigned int m_lastMaxPoint;
+  unsigned int m_trackingTolerance;
+  unsigned int m_allocCountAtMax;
+  TPXBasAtiAtomicTemplate<unsigned int>* m_allocCount;
+  TPXBasCamMemoryErrorHandler* m_errorHandler;
+  int m_alignment;
+  std::atomic<bool> m_purgeThreadRunning;
+  std::atomic<bool> m_stopPurge;
+  TPXBasMemAllocator* m_hostAllocator;
+  int m_poolStatsLength;  // entries of the four per-pool statistics arrays
+  int m_listStatsLength;  // entries of the two per-list statistics arrays
+};
+
+#endif  // TPXBASCAMCACHEMANAGER_H

@@ -1,0 +1,29 @@
+// TPXBasCamIOThreadTask.h: the thread task that runs the cache manager's purging.
+#ifndef TPXBASCAMIOTHREADTASK_H
+#define TPXBASCAMIOTHREADTASK_H
+
+#include "KLDTPXBasExport.h"
+#include "TPXBasAtiThreadTask.h"
+
+class TPXBasCamCacheManager;
+
+/// The purge thread's task: Run ignores its argument and runs the manager's PurgeTask until
+/// TPXBasCamCacheManager::StopPurgeTask. The library starts no thread; a host runs it:
+///
+///   TPXBasCamCacheManager& cm = TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>::Instance();
+///   TPXBasCamIOThreadTask task(&cm);
+///   std::thread purger([&] { task.Run(0); });
+///   ...
+///   cm.StopPurgeTask();
+///   purger.join();
+class KLDTPXBAS_API TPXBasCamIOThreadTask : public TPXBasAtiThreadTask {
+ public:
+  explicit TPXBasCamIOThreadTask(TPXBasCamCacheManager* manager) : m_manager(manager) {}
+  ~TPXBasCamIOThreadTask() override;
+  void Run(int) override;
+
+ private:
+  TPXBasCamCacheManager* m_manager;
+};
+
+#endif  // TPXBASCAMIOTHREADTASK_H

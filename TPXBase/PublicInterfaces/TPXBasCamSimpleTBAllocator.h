@@ -1,0 +1,69 @@
+// TPXBasCamSimpleTBAllocator.h: small blocks carved out of chunks of another allocator.
+#ifndef TPXBASCAMSIMPLETBALLOCATOR_H
+#define TPXBASCAMSIMPLETBALLOCATOR_H
+
+#include "KLDTPXBasExport.h"
+#include "TPXBasAllocator.h"
+#include "TPXBasAllocatorBase.h"
+
+class TPXBasCamPool;
+
+/// The header in front of every block of TPXBasCamSimpleTBAllocator, and its unit: sizes are
+/// counted in units of sizeof(TPXBasCamTBHeader) (16 bytes). A free block's link is the next
+/// free block in address order; a block in use links to itself; a large block has link null
+/// and size 0.
+struct KLDTPXBAS_API TPXBasCamTBHeader {
+  TPXBasCamTBHeader() : m_link(nullptr), m_size(0) {}
+  explicit TPXBasCamTBHeader(int size) : m_link(nullptr), m_size(size) {}
+  TPXBasCamTBHeader* m_link;
+  int m_size;
+};
+
+/// First-fit allocator of small blocks over an address-ordered ring of free blocks, carved
+/// out of chunks taken from a large-block allocator. Requests with request + 16 >= 4096 bytes
+/// go to the large-block allocator directly. In fixed-size mode every small block has the
+/// size given at construction and freed blocks are never merged, so they are reused whole.
+///
+/// Chunks are held until the allocator is destroyed; large blocks still handed out then are
+/// not given back. Not thread-safe: one thread at a time.
+class KLDTPXBAS_API TPXBasCamSimpleTBAllocator : public TPXBasAllocatorBase {
+ public:
+  enum { kUnit = sizeof(TPXBasCamTBHeader), kLargeThreshold = 4096 };
+
+  /// Chunks and large blocks come from large (the handle is copied).
+  TPXBasCamSimpleTBAllocator(const TPXBasAllocator& large, bool fixed, unsigned int blockSize,
+                             unsigned int chunkUnits);
+  /// Chunks and large blocks come from a TPXBasCamAllocator on pool, or from a
+  /// TPXBasMemAllocator when pool is null.
+  TPXBasCamSimpleTBAllocator(TPXBasCamPool* pool, bool fixed, unsigned int blockSize,
+                             unsigned int chunkUnits);
+  ~TPXBasCamSimpleTBAllocator() override;
+
+  /// allocated = size, always.
+  void* Alloc(unsigned int size, unsigned int& allocated) override;
+  void* Alloc(unsigned int size) override;
+  /// Only pointers this allocator returned, or null.
+  void Free(void* block) override;
+  /// Returns its own large-block allocator.
+  const TPXBasAllocator& LargeBlockAllocator(const TPXBasAllocator& fallback) const override;
+  void* allocate(unsigned int size, const void* hint) override;
+  void deallocate(void* block, unsigned int size) override;
+
+  bool Fixed() const { return m_fixed; }
+  unsigned int BlockUnits() const { return m_blockUnits; }
+  unsigned int ChunkUnits() const { return m_chunkUnits; }
+
+ private:
+  void Setup(bool fixed, unsigned int blockSize, unsigned int chunkUnits);
+  TPXBasCamTBHeader* MoreCore(unsigned int units);
+
+  TPXBasCamTBHeader* m_free;
+  TPXBasCamTBHeader m_base;
+  void* m_chunks;
+  bool m_fixed;
+  unsigned int m_blockUnits;
+  unsigned int m_chunkUnits;
+  TPXBasAllocator m_large;
+};
+
+#endif  // TPXBASCAMSIMPLETBALLOCATOR_H

@@ -1,0 +1,91 @@
+// Pool allocators and the host allocator: zeroing, reported sizes, failures, large-block
+// allocators.
+#include "cam_TestSupport.h"
+
+#include <cstring>
+
+namespace {
+
+using TPXBasCamAllocatorTest = cam_test::FreshManager;
+
+using cam_test::CountingHandler;
+using cam_test::FreshManager;
+
+TEST_F(TPXBasCamAllocatorTest, PoolAllocatorsZeroOrNotAndReportWholeBlocks) {
+  TPXBasCamCacheManager& cm = Make();
+  const char* names[] = {"alloc"};
+  cm.AddPools(1, names);
+  TPXBasCamPool* pool = cm.GetPool(0);
+  // Leave a dirty block on the free list so that zeroing is observable.
+  void* dirty = pool->Alloc(100);
+  std::memset(dirty, 0xAB, 4096);
+  pool->Free(dirty);
+  TPXBasCamAllocator zeroing(pool);
+  unsigned int allocated = 0;
+  unsigned char* z = static_cast<unsigned char*>(zeroing.Alloc(100, allocated));
+  ASSERT_EQ(dirty, z);
+  EXPECT_EQ(4128u, allocated);
+  for (int i = 0; i < 100; ++i) ASSERT_EQ(0, z[i]) << i;
+  EXPECT_EQ(0xAB, z[100]) << "only the request is zeroed";
+  std::memset(z, 0xCD, 100);
+  zeroing.Free(z);
+  TPXBasCamAllocatorNoInit raw(pool);
+  unsigned char* r = static_cast<unsigned char*>(raw.Alloc(100, allocated));
+  EXPECT_EQ(0xCD, r[0]);
+  EXPECT_EQ(4128u, allocated);
+  raw.deallocate(r, 0);
+  r = static_cast<unsigned char*>(zeroing.allocate(50, nullptr));
+  EXPECT_EQ(0, r[0]);
+  zeroing.deallocate(r, 7);
+  TPXBasAllocator fallback(new TPXBasMemAllocator);
+  EXPECT_EQ(&fallback, &zeroing.LargeBlockAllocator(fallback));
+  EXPECT_EQ(&fallback, &raw.LargeBlockAllocator(fallback));
+
+  // When the pool gives nothing: the zeroing allocator leaves the size, NoInit sets 0.
+  cm.SetMemoryLimit(1000);
+  int calls = 0;
+  cm.SetErrorHandler(new CountingHandler(&calls));
+  cm.ClearFreeList();
+  allocated = 55;
+  EXPECT_EQ(nullptr, zeroing.Alloc(100, allocated));
+  EXPECT_EQ(55u, allocated);
+  EXPECT_EQ(nullptr, raw.Alloc(100, allocated));
+  EXPECT_EQ(0u, allocated);
+  EXPECT_EQ(2, calls);
+}
+
+TEST_F(TPXBasCamAllocatorTest, MCAllocatorZeroesAndCarriesItsLargeBlockAllocator) {
+  TPXBasMCAllocator mc;
+  unsigned int allocated = 0;
+  unsigned char* p = static_cast<unsigned char*>(mc.Alloc(64, allocated));
+  ASSERT_NE(nullptr, p);
+  EXPECT_EQ(64u, allocated);
+  for (int i = 0; i < 64; ++i) EXPECT_EQ(0, p[i]);
+  mc.Free(p);
+  TPXBasAllocator other;
+  const TPXBasAllocator& own = mc.LargeBlockAllocator(other);
+  EXPECT_NE(&other, &own);
+  ASSERT_NE(nullptr, own.Get());
+  TPXBasAllocator large(new TPXBasMemAllocator);
+  mc.SetLargeBlockAllocator(large);
+  EXPECT_EQ(large.Get(), mc.LargeBlockAllocator(other).Get());
+  {
+    kld_test::AllocationFailureGuard failing(0);
+    allocated = 9;
+    EXPECT_EQ(nullptr, mc.Alloc(64, allocated));
+    EXPECT_EQ(9u, allocated);
+    EXPECT_EQ(nullptr, mc.allocate(64, nullptr));
+  }
+  p = static_cast<unsigned char*>(mc.allocate(8, nullptr));
+  EXPECT_EQ(0, p[7]);
+  mc.deallocate(p, 0);
+}
+
+TEST(TPXBasCamAllocatorDeathTest, NullPoolIsFatal) {
+  EXPECT_DEATH(
+      TPXBasCamAllocator(nullptr),
+      "AssertionFailed:NULL != mPool \\[TPXBase/TPXBasCam.m/src/TPXBasCamAllocator:[0-9]+\\]");
+  EXPECT_DEATH(TPXBasCamAllocatorNoInit(nullptr), "AssertionFailed:NULL != mPool");
+}
+
+}  // namespace
