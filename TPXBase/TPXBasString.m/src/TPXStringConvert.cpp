@@ -17,7 +17,6 @@ using tpx_scan::LeadLength;
 
 namespace {
 
-constexpr unsigned int kMaxCode = 0x10FFFF;
 
 // _TPX_FAIL_ON_BAD, read once on first need: 0 unknown, 1 unset, 2 set.
 int g_failOnBad = 0;
