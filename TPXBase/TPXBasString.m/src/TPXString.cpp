@@ -133,12 +133,11 @@ TPXChar TPXString::operator[](unsigned int i) const {
     KLD_ASSERT(iPos <= atr_StringBase::Length());
     return iPos < atr_StringBase::Length() ? TPXChar(m_Buff[iPos]) : TPXChar();
   }
+  const unsigned char* p = Bytes(m_Buff);
+  const int n = ByteCount();
   int pos = 0;
-  for (int step = StepAt(pos); iPos > 0 && step != 0; step = StepAt(pos)) {
-    pos += step;
-    --iPos;
-  }
-  if (StepAt(pos) == 0) {
+  for (; iPos > 0 && pos < n; --iPos) pos += LeadLength(p[pos]);
+  if (pos >= n) {
     KLD_ASSERT(iPos == 0);
     return TPXChar();
   }
