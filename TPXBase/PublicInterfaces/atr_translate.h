@@ -86,7 +86,7 @@ class KLDTPXBAS_API atr_translate {
   atr_String m_utf8;               ///< holds m_text when the text had to be converted
   int m_count = 0;                 ///< conversions in the template
   StrArgs* m_args = nullptr;       ///< conversions in order of appearance
-  StrArgs** m_byNumber = nullptr;  ///< the same, ordered by argument number
+  StrArgs** m_byNumber = nullptr;  ///< the same, ordered by argument number (owns the block)
   char* m_template = nullptr;      ///< literal text, a zero byte per placeholder, then the formats
 };
 

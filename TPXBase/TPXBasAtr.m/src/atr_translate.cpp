@@ -141,9 +141,12 @@ atr_translate::~atr_translate() { Clear(); }
 void atr_translate::Clear() {
   for (int i = 0; i < m_count; ++i)
     if (m_args[i].m_substitution != m_args[i].m_small) mem_Free(m_args[i].m_substitution);
-  mem_deleteBuiltIn(m_byNumber);
+  // With conversions, one block holds m_byNumber, the template and the conversion texts.
+  if (m_byNumber != nullptr)
+    mem_deleteBuiltIn(m_byNumber);
+  else
+    mem_deleteBuiltIn(m_template);
   delete[] m_args;
-  mem_deleteBuiltIn(m_template);
   m_byNumber = nullptr;
   m_args = nullptr;
   m_template = nullptr;
@@ -177,19 +180,25 @@ atr_translate::ParseResult atr_translate::Parse(const char* text) {
     return ParseResult::Ok;
   }
 
-  // One block: the template (never longer than the text), then the conversion texts (each at
-  // most as long as its source plus a terminator).
-  m_template = new (mem_BuiltInAlloc{}) char[2 * length + static_cast<size_t>(candidates) + 2];
+  // One block: the conversions ordered by number, the template (never longer than the text),
+  // then the conversion texts (each at most as long as its source plus a terminator).
+  const size_t table = sizeof(StrArgs*) * static_cast<size_t>(candidates);
+  char* block =
+      new (mem_BuiltInAlloc{}) char[table + 2 * length + static_cast<size_t>(candidates) + 2];
+  m_byNumber = reinterpret_cast<StrArgs**>(block);
+  m_template = block + table;
   m_args = new StrArgs[static_cast<size_t>(candidates)];
   char* out = m_template;
   char* formats = m_template + length + 1;
 
   size_t i = 0;
   while (i < length) {
-    char c = text[i];
-    if (c != '%') {
-      *out++ = c;
-      ++i;
+    if (text[i] != '%') {
+      const char* percent = std::strchr(text + i, '%');
+      size_t run = (percent != nullptr ? static_cast<size_t>(percent - text) : length) - i;
+      std::memcpy(out, text + i, run);
+      out += run;
+      i += run;
       continue;
     }
     if (i + 1 == length) break;  // a "%" at the very end is dropped
@@ -243,6 +252,12 @@ void atr_translate::Number() {
   bool anyUnnumbered = false;
   for (int i = 0; i < m_count && !anyUnnumbered; ++i) anyUnnumbered = m_args[i].m_number < 0;
   if (!anyUnnumbered) return;
+  bool anyNumbered = false;
+  for (int i = 0; i < m_count && !anyNumbered; ++i) anyNumbered = m_args[i].m_number >= 0;
+  if (!anyNumbered) {  // the common case: numbers in order of appearance
+    for (int i = 0; i < m_count; ++i) m_args[i].m_number = i + 1;
+    return;
+  }
   // taken[k]: some conversion carries the number k (1 to m_count).
   TextBuffer taken(static_cast<size_t>(m_count) + 1);
   std::memset(taken.Data(), 0, static_cast<size_t>(m_count) + 1);
@@ -265,7 +280,6 @@ int atr_translate::compare(const void* a, const void* b) {
 
 void atr_translate::Order() {
   if (m_count == 0) return;
-  m_byNumber = new (mem_BuiltInAlloc{}) StrArgs*[static_cast<size_t>(m_count)];
   bool sorted = true;
   for (int i = 0; i < m_count; ++i) {
     m_byNumber[i] = &m_args[i];
@@ -307,31 +321,27 @@ atr_String atr_translate::Result(TPXBasStringMode mode) const {
 
   // Placeholders are filled from the conversions in order of appearance; from the first one
   // without a substitution on, every placeholder shows as "%s".
+  // The literal pieces are the runs between the placeholders' zero bytes.
   size_t size = 1;
   {
     const char* p = m_template;
-    int seen = 0;
-    for (;; ++p) {
-      if (*p != '\0') {
-        ++size;
-      } else if (seen < m_count) {
-        size += static_cast<size_t>(m_args[seen].m_length) + 2;
-        ++seen;
-      } else {
-        break;
-      }
+    for (int seen = 0; seen < m_count; ++seen) {
+      size_t run = std::strlen(p);
+      size += run + static_cast<size_t>(m_args[seen].m_length) + 2;
+      p += run + 1;
     }
+    size += std::strlen(p);
   }
   TextBuffer buffer(size);
   char* out = buffer.Data();
-  int seen = 0;
+  const char* p = m_template;
   int filling = 0;
-  for (const char* p = m_template;; ++p) {
-    if (*p != '\0') {
-      *out++ = *p;
-      continue;
-    }
-    if (seen++ == m_count) break;
+  for (int seen = 0; seen <= m_count; ++seen) {
+    size_t run = std::strlen(p);
+    std::memcpy(out, p, run);
+    out += run;
+    p += run + 1;
+    if (seen == m_count) break;
     if (filling < m_count && m_args[filling].m_substitution != nullptr) {
       std::memcpy(out, m_args[filling].m_substitution,
                   static_cast<size_t>(m_args[filling].m_length));
