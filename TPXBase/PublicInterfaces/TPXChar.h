@@ -1,0 +1,64 @@
+// TPXChar.h: one Unicode character with its UTF-32 code and its UTF-8 bytes.
+#ifndef TPXCHAR_H
+#define TPXCHAR_H
+
+#include "KLDTPXBasExport.h"
+#include "mem_AllocationOperators.h"
+
+/// One character: its code point (0 for the empty character) and its UTF-8 bytes followed by
+/// a zero byte. A value type; a failed build leaves "?" (code 63) and reports failure.
+class KLDTPXBAS_API TPXChar : public mem_AllocationOperators {
+ public:
+  enum Result { Success = 0, Failure = 1 };
+
+  /// The empty character.
+  TPXChar() : m_code(0), m_bytes{0, 0, 0, 0, 0} {}
+  /// A byte below 0x80 gives that character, any other byte "?".
+  TPXChar(char c);  // NOLINT(google-explicit-constructor): a char is a character
+  TPXChar(const TPXChar& other) = default;
+  TPXChar& operator=(const TPXChar& other) = default;
+  TPXChar& operator=(char c);
+  /// As BuildFromUTF8; the result is ignored.
+  TPXChar& operator=(const char* text);
+
+  int operator==(const TPXChar& other) const { return m_code == other.m_code; }
+  int operator!=(const TPXChar& other) const { return m_code != other.m_code; }
+  int operator<(const TPXChar& other) const { return m_code < other.m_code; }
+  int operator<=(const TPXChar& other) const { return m_code <= other.m_code; }
+  int operator>(const TPXChar& other) const { return m_code > other.m_code; }
+  int operator>=(const TPXChar& other) const { return m_code >= other.m_code; }
+
+  /// The code when below 128, else "?".
+  operator char() const { return m_code < 128 ? static_cast<char>(m_code) : '?'; }
+
+  /// Shifts an ASCII letter by 32; any other character is unchanged.
+  void ASCIIToLower();
+  void ASCIIToUpper();
+
+  /// The first character of the zero-terminated UTF-8 text ("" or null: the empty character).
+  /// An invalid or cut sequence, or a code above U+10FFFF, gives "?" and failure.
+  Result BuildFromUTF8(const char* text);
+  /// A code above U+10FFFF gives "?" and failure.
+  Result BuildFromUTF32(unsigned int code);
+  /// The first multibyte character of the process locale at text; "?" and failure when the
+  /// locale cannot read it.
+  Result BuildFromLocale(const char* text);
+
+  const char* CastToCharPtr() const { return m_bytes; }
+  unsigned int ConvertToUTF32() const { return m_code; }
+  bool IsAscii() const { return m_code < 0x80; }
+  /// Writes the character in the locale's encoding, terminated, at out (null: measures only);
+  /// out must hold the measured length plus one. The length (negative when the locale cannot
+  /// represent the character) goes to outLength when not null. Failure when negative.
+  Result ConvertToLocale(char* out, unsigned int* outLength) const;
+
+  static TPXChar Make(const char* text);
+
+ private:
+  void SetUnknown();
+
+  unsigned int m_code;
+  char m_bytes[5];
+};
+
+#endif  // TPXCHAR_H

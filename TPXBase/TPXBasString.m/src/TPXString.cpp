@@ -1,0 +1,511 @@
+// TPXString.cpp: the character-indexed UTF-8 string: storage, positions, searches and edits,
+// and its iterator.
+#include "TPXString.h"
+
+#include "KLDTPXBasAssert.h"
+#include "TPXBasException.h"
+#include "TPXStringScan.h"
+#include "atr_utf8.h"
+
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+static constexpr const char kAssertPath[] = "TPXBase/TPXBasString.m/src/TPXString";
+
+using tpx_scan::CountChars;
+using tpx_scan::LeadLength;
+
+namespace {
+const unsigned char* Bytes(const char* p) { return reinterpret_cast<const unsigned char*>(p); }
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Construction, assignment, storage.
+// ---------------------------------------------------------------------------------------------
+
+TPXString::TPXString(const char* text) { (void)BuildFromUTF8(text); }
+
+TPXString::TPXString(BadString)
+    : atr_StringBase(reinterpret_cast<const char*>(BadBuffer()), ATR_TO_END, Borrow) {}
+
+TPXString& TPXString::operator=(const TPXString& other) {
+  const bool ascii = other.m_isAscii;
+  atr_StringBase::operator=(other);
+  m_isAscii = ascii;
+  return *this;
+}
+
+TPXString& TPXString::operator=(TPXString&& other) noexcept {
+  const bool ascii = other.m_isAscii;
+  atr_StringBase::operator=(static_cast<atr_StringBase&&>(other));
+  m_isAscii = ascii;
+  if (&other != this) other.m_isAscii = true;
+  return *this;
+}
+
+TPXString& TPXString::operator=(const char* text) {
+  TPXString built(text);
+  return *this = std::move(built);
+}
+
+void TPXString::SetBytes(const char* bytes, int count, bool isAscii) {
+  if (count <= 0) {
+    Reset();
+    return;
+  }
+  // Copied before this string lets go of its storage: bytes may lie in it.
+  TPXString copy;
+  copy.replicate(bytes, count, 0);
+  copy.m_isAscii = isAscii;
+  *this = std::move(copy);
+}
+
+void TPXString::Reset() {
+  atr_StringBase::operator=(static_cast<const char*>(nullptr));
+  m_isAscii = true;
+}
+
+void TPXString::ToBAD() { *this = TPXString(Bad); }
+
+void TPXString::RefreshIsAscii() {
+  const int n = ByteCount();
+  const unsigned char* p = Bytes(CastToCharPtr());
+  bool ascii = true;
+  for (int i = 0; i < n && ascii; i += LeadLength(p[i])) ascii = p[i] < 0x80;
+  m_isAscii = ascii;
+}
+
+int TPXString::StepAt(int pos) const {
+  if (pos < 0 || pos >= ByteCount()) return 0;
+  if (m_isAscii) return 1;
+  return atr_utf8_len(m_Buff + pos);
+}
+
+int TPXString::ByteOffset(int index) const {
+  const int n = ByteCount();
+  if (index < 0) return -1;
+  if (m_isAscii) return index <= n ? index : -1;
+  const unsigned char* p = Bytes(m_Buff);
+  int pos = 0;
+  for (; index > 0 && pos < n; --index) pos += LeadLength(p[pos]);
+  return index == 0 ? pos : -1;
+}
+
+void TPXString::Fill(const TPXString& text, unsigned int n) {
+  const TPXString piece(text);  // text may be this string
+  for (; n > 0; --n) atr_StringBase::Append(piece);
+  m_isAscii = piece.m_isAscii;
+}
+
+void TPXString::Fill(const TPXChar& c, unsigned int n) {
+  const char* bytes = c.CastToCharPtr();
+  const int len = static_cast<int>(std::strlen(bytes));
+  if (n == 0 || c.ConvertToUTF32() == 0 || len == 0) return;
+  if (n > static_cast<unsigned int>(ATR_TO_END) / static_cast<unsigned int>(len))
+    throw std::bad_alloc();
+  const int total = static_cast<int>(n) * len;
+  const int old = atr_StringBase::Length();
+  isolate(old + total);
+  for (int i = 0; i < total; i += len)
+    std::memcpy(m_Buff + old + i, bytes, static_cast<std::size_t>(len));
+  m_Buff[old + total] = ATR_EOS;
+  SetStringLength(old + total);
+  m_isAscii = c.IsAscii();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Queries.
+// ---------------------------------------------------------------------------------------------
+
+int TPXString::GetLengthInChar() const {
+  const int n = ByteCount();
+  return m_isAscii ? n : CountChars(Bytes(m_Buff), static_cast<std::size_t>(n));
+}
+
+TPXChar TPXString::operator[](unsigned int i) const {
+  int iPos = static_cast<int>(i);
+  // clang-format off
+  KLD_ASSERT(iPos >=0);
+  // clang-format on
+  if (IsBAD()) return TPXChar();
+  if (m_isAscii) {
+    KLD_ASSERT(iPos <= atr_StringBase::Length());
+    return iPos < atr_StringBase::Length() ? TPXChar(m_Buff[iPos]) : TPXChar();
+  }
+  const unsigned char* p = Bytes(m_Buff);
+  const int n = ByteCount();
+  int pos = 0;
+  for (; iPos > 0 && pos < n; --iPos) pos += LeadLength(p[pos]);
+  if (pos >= n) {
+    KLD_ASSERT(iPos == 0);
+    return TPXChar();
+  }
+  return TPXChar::Make(m_Buff + pos);
+}
+
+int TPXString::Compare(const TPXString& other) const {
+  const int a = ByteCount();
+  const int b = other.ByteCount();
+  const int common = a < b ? a : b;
+  const int c = common > 0 ? std::memcmp(CastToCharPtr(), other.CastToCharPtr(),
+                                         static_cast<std::size_t>(common))
+                           : 0;
+  if (c != 0) return c < 0 ? -1 : 1;
+  return a == b ? 0 : a < b ? -1 : 1;
+}
+
+int TPXString::Compare(const char* text) const {
+  if (text == nullptr) text = "";
+  const std::size_t b = std::strlen(text);
+  const std::size_t a = static_cast<std::size_t>(ByteCount());
+  const std::size_t common = a < b ? a : b;
+  const int c = common > 0 ? std::memcmp(CastToCharPtr(), text, common) : 0;
+  if (c != 0) return c < 0 ? -1 : 1;
+  return a == b ? 0 : a < b ? -1 : 1;
+}
+
+unsigned int TPXString::ComputeHashKey() const {
+  const int n = ByteCount();
+  if (n == 0) return 0;
+  const signed char* p = reinterpret_cast<const signed char*>(m_Buff);
+  const int step = n < 400 ? 1 : n / 64;
+  unsigned int h = 0;
+  for (int i = 0; i < n; i += step) h = h * 37u + static_cast<unsigned int>(p[i]);
+  return h == 0 ? 1u : (h & 0x7FFFFFFFu);
+}
+
+int TPXString::FindPosition(const TPXString& pattern, int start) const {
+  const int n = ByteCount();
+  const int from = ByteOffset(start);
+  if (from < 0 || from >= n || pattern.IsBAD()) return -1;
+  const int plen = pattern.ByteCount();
+  if (plen == 0) return start;
+  if (plen > n - from) return -1;
+  // A well-formed pattern starts with a lead byte, so every byte match in well-formed text
+  // starts on a character.
+  const void* hit = memmem(m_Buff + from, static_cast<std::size_t>(n - from), pattern.m_Buff,
+                           static_cast<std::size_t>(plen));
+  if (hit == nullptr) return -1;
+  const int at = static_cast<int>(static_cast<const char*>(hit) - m_Buff);
+  return m_isAscii ? at
+                   : start + CountChars(Bytes(m_Buff + from), static_cast<std::size_t>(at - from));
+}
+
+TPXStringiterator TPXString::Begin() const { return TPXStringiterator(this); }
+
+TPXStringiterator TPXString::End() const {
+  return TPXStringiterator(this, ByteCount(), GetLengthInChar());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Concatenation.
+// ---------------------------------------------------------------------------------------------
+
+TPXString& TPXString::Append(const TPXString& text) {
+  if (IsBAD()) return *this;
+  if (text.IsBAD()) {
+    ToBAD();
+    return *this;
+  }
+  const bool ascii = text.m_isAscii;
+  atr_StringBase::Append(text);
+  m_isAscii = m_isAscii && ascii;
+  return *this;
+}
+
+TPXString& TPXString::operator+=(const TPXChar& c) {
+  if (IsBAD()) return *this;
+  const char* bytes = c.CastToCharPtr();
+  atr_StringBase::Append(bytes, static_cast<int>(std::strlen(bytes)));
+  m_isAscii = m_isAscii && c.IsAscii();
+  return *this;
+}
+
+TPXString& TPXString::operator+=(const char* text) { return Append(TPXString(text)); }
+
+void TPXString::AppendFormatted(const char* text) {
+  if (IsBAD()) return;
+  atr_StringBase::Append(text, static_cast<int>(std::strlen(text)));
+}
+
+TPXString& TPXString::operator+=(int value) {
+  char buf[16];
+  std::snprintf(buf, sizeof buf, "%d", value);
+  AppendFormatted(buf);
+  return *this;
+}
+
+TPXString& TPXString::operator+=(unsigned int value) {
+  char buf[16];
+  std::snprintf(buf, sizeof buf, "%u", value);
+  AppendFormatted(buf);
+  return *this;
+}
+
+TPXString& TPXString::operator+=(long long value) {
+  char buf[24];
+  std::snprintf(buf, sizeof buf, "%lld", value);
+  AppendFormatted(buf);
+  return *this;
+}
+
+TPXString& TPXString::operator+=(unsigned long long value) {
+  char buf[24];
+  std::snprintf(buf, sizeof buf, "%llu", value);
+  AppendFormatted(buf);
+  return *this;
+}
+
+TPXString TPXString::operator+(const TPXString& right) const {
+  TPXString result(*this);
+  result.Append(right);
+  return result;
+}
+
+TPXString TPXString::operator+(const char* right) const { return *this + TPXString(right); }
+
+TPXString operator+(const char* left, const TPXString& right) { return TPXString(left) + right; }
+
+// ---------------------------------------------------------------------------------------------
+// Edits.
+// ---------------------------------------------------------------------------------------------
+
+TPXString& TPXString::ASCIIToLower() {
+  const int n = ByteCount();
+  int first = 0;
+  while (first < n && !(m_Buff[first] >= 'A' && m_Buff[first] <= 'Z')) ++first;
+  if (first == n) return *this;  // nothing to change: keep sharing
+  isolate(n);
+  for (int i = first; i < n; ++i)
+    if (m_Buff[i] >= 'A' && m_Buff[i] <= 'Z') m_Buff[i] = static_cast<char>(m_Buff[i] + 32);
+  return *this;
+}
+
+TPXString& TPXString::ASCIIToUpper() {
+  const int n = ByteCount();
+  int first = 0;
+  while (first < n && !(m_Buff[first] >= 'a' && m_Buff[first] <= 'z')) ++first;
+  if (first == n) return *this;
+  isolate(n);
+  for (int i = first; i < n; ++i)
+    if (m_Buff[i] >= 'a' && m_Buff[i] <= 'z') m_Buff[i] = static_cast<char>(m_Buff[i] - 32);
+  return *this;
+}
+
+TPXString& TPXString::ReplaceSubString(int start, int count, const TPXString& text) {
+  const int n = ByteCount();
+  if (n == 0 || start < 0 || count < 0 || text.IsBAD()) return *this;
+  const int from = ByteOffset(start);
+  if (from < 0 || from >= n) return *this;
+  int to = from;
+  bool allSingle = true;
+  if (m_isAscii) {
+    if (count > n - from) return *this;
+    to = from + count;
+  } else {
+    const unsigned char* p = Bytes(m_Buff);
+    for (int k = 0; k < count; ++k) {
+      if (to >= n) return *this;
+      const int step = LeadLength(p[to]);
+      allSingle = allSingle && step == 1;
+      to += step;
+    }
+  }
+  const TPXString piece(text);  // keeps the text alive when it is this string
+  const int len = piece.ByteCount();
+  replace(from, to - from, piece.CastToCharPtr(), len, 0, len);
+  if (!piece.m_isAscii)
+    m_isAscii = false;
+  else if (!m_isAscii && !allSingle)
+    RefreshIsAscii();
+  return *this;
+}
+
+TPXString& TPXString::ReplaceSubString(int start, int count, const TPXString& text, int width) {
+  TPXString sized(text);
+  sized.Resize(width, TPXChar(' '), 1);
+  return ReplaceSubString(start, count, sized);
+}
+
+int TPXString::ReplaceSubString(const TPXString& pattern, const TPXString& replacement) {
+  const int at = FindPosition(pattern, 0);
+  if (at < 0) return -1;
+  ReplaceSubString(at, pattern.GetLengthInChar(), replacement);
+  return at;
+}
+
+TPXString& TPXString::ReplaceAll(const TPXString& pattern, const TPXString& replacement) {
+  const TPXString what(pattern);  // either may be this string, which changes below
+  const TPXString with(replacement);
+  if (what.ByteCount() == 0) return *this;
+  const int whatLength = what.GetLengthInChar();
+  const int withLength = with.GetLengthInChar();
+  for (int at = FindPosition(what, 0); at >= 0; at = FindPosition(what, at + withLength))
+    ReplaceSubString(at, whatLength, with);
+  return *this;
+}
+
+TPXString& TPXString::Insert(int position, const TPXString& text) {
+  return ReplaceSubString(position, 0, text);
+}
+
+TPXString& TPXString::Remove(int start, int count) {
+  return ReplaceSubString(start, count, TPXString());
+}
+
+TPXString& TPXString::Resize(int length, const TPXChar& fill, int truncate) {
+  if (IsBAD()) return *this;
+  const int n = GetLengthInChar();
+  if (n == length) return *this;
+  if (n < length) {
+    const bool ascii = m_isAscii && fill.IsAscii();
+    Fill(fill, static_cast<unsigned int>(length - n));
+    m_isAscii = ascii;
+    return *this;
+  }
+  if (truncate != 0) {
+    const int cut = length <= 0 ? 0 : ByteOffset(length);
+    if (cut == 0)
+      Reset();
+    else
+      Erase(cut, ATR_TO_END);
+  }
+  if (!m_isAscii) RefreshIsAscii();
+  return *this;
+}
+
+TPXString TPXString::Strip(TPXStripMode mode, const TPXChar& c) const {
+  const int n = ByteCount();
+  const char* strip = c.CastToCharPtr();
+  const int slen = static_cast<int>(std::strlen(strip));
+  if (n == 0 || slen == 0) return *this;
+  auto matches = [&](int pos, int step) {
+    return step == slen && std::memcmp(m_Buff + pos, strip, static_cast<std::size_t>(slen)) == 0;
+  };
+  TPXString result;
+  if (mode == TPXStripAll) {
+    int keepFrom = 0;  // copies runs of kept characters at once
+    for (int pos = 0, step = StepAt(0); step != 0; pos += step, step = StepAt(pos)) {
+      if (!matches(pos, step)) continue;
+      if (pos > keepFrom) result.atr_StringBase::Append(m_Buff + keepFrom, pos - keepFrom);
+      keepFrom = pos + step;
+    }
+    if (n > keepFrom) result.atr_StringBase::Append(m_Buff + keepFrom, n - keepFrom);
+  } else {
+    int begin = 0;
+    int end = n;
+    if (mode & TPXStripLeading)
+      for (int step = StepAt(begin); step != 0 && matches(begin, step); step = StepAt(begin))
+        begin += step;
+    if (mode & TPXStripTrailing) {
+      int run = -1;
+      for (int pos = 0, step = StepAt(0); step != 0; pos += step, step = StepAt(pos))
+        run = matches(pos, step) ? (run < 0 ? pos : run) : -1;
+      if (run >= 0) end = run;
+    }
+    if (begin < end) result.atr_StringBase::Append(m_Buff + begin, end - begin);
+  }
+  result.m_isAscii = m_isAscii;
+  if (!m_isAscii && !c.IsAscii()) result.RefreshIsAscii();
+  return result;
+}
+
+TPXString TPXString::SubString(int start, int count) const {
+  if (IsBAD()) return *this;
+  const int n = ByteCount();
+  if (n == 0 || start < 0 || count < 0) return TPXString();
+  const TPXStringiterator at = Begin() + start;
+  const int from = at.m_pos;
+  int to = from;
+  bool allSingle = true;
+  if (m_isAscii) {
+    to = from + (count < n - from ? count : n - from);
+  } else {
+    const unsigned char* p = Bytes(m_Buff);
+    for (int k = 0; k < count && to < n; ++k) {
+      const int step = LeadLength(p[to]);
+      allSingle = allSingle && step == 1;
+      to += step;
+    }
+  }
+  TPXString result;
+  result.SetBytes(m_Buff + from, to - from, m_isAscii || allSingle);
+  return result;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Iterator.
+// ---------------------------------------------------------------------------------------------
+
+TPXStringiterator::TPXStringiterator(const TPXString* string)
+    : m_string(string), m_pos(0), m_index(0), m_size(0) {
+  SetSize();
+}
+
+TPXStringiterator::TPXStringiterator(const TPXString* string, int pos, int index)
+    : m_string(string), m_pos(pos), m_index(index), m_size(0) {
+  SetSize();
+}
+
+void TPXStringiterator::SetSize() { m_size = m_string->StepAt(m_pos); }
+
+TPXStringiterator& TPXStringiterator::operator++() {
+  KLD_ASSERT(NotDone());
+  m_pos += m_size;
+  ++m_index;
+  SetSize();
+  return *this;
+}
+
+TPXStringiterator& TPXStringiterator::operator--() { return *this = *this + (-1); }
+
+TPXStringiterator TPXStringiterator::operator+(int n) const {
+  TPXStringiterator temp(*this);
+  if (n == 0) return temp;
+  if (m_string->m_isAscii) {
+    temp.m_pos += n;
+    temp.m_index += n;
+    // clang-format off
+    KLD_ASSERT(temp.m_pos >= 0 &&temp.m_pos <= m_string->atr_StringBase::Length());
+    // clang-format on
+  } else if (n > 0) {
+    for (; n > 0; --n) ++temp;
+  } else {
+    const char* text = m_string->CastToCharPtr();
+    for (; n < 0; ++n) {
+      const char* prev = atr_utf8_prev(text + temp.m_pos, text);
+      if (prev == nullptr) {
+        TPXBasAssertException failure("prev !=0");
+        failure.Throw(kAssertPath, __LINE__);
+      }
+      temp.m_pos = static_cast<int>(prev - text);
+      KLD_ASSERT(temp.m_pos >= 0);
+      --temp.m_index;
+    }
+  }
+  temp.SetSize();
+  return temp;
+}
+
+TPXStringiterator TPXStringiterator::operator-(int n) const { return *this + (-n); }
+
+int TPXStringiterator::operator-(const TPXStringiterator& i) const {
+  KLD_ASSERT(i.m_string == m_string);
+  return m_index - i.m_index;
+}
+
+const char* TPXStringiterator::CodeChar() const {
+  if (m_string->IsBAD()) return "";
+  return m_string->CastToCharPtr() + m_pos;
+}
+
+const unsigned char* TPXStringiterator::Code() const {
+  return reinterpret_cast<const unsigned char*>(CodeChar());
+}
+
+TPXChar TPXStringiterator::Char() const { return Done() ? TPXChar() : TPXChar::Make(CodeChar()); }
+
+int TPXStringiterator::CodeAsUTF32() const {
+  return Done() ? -1 : atr_utf8_to_ucs4(Code(), nullptr);
+}

@@ -1,0 +1,104 @@
+// tpxstring_bench.cpp: character-indexed queries of TPXString on ASCII and mixed text, and its
+// UTF-16 conversion next to ICU's u_strFromUTF8 on the same bytes.
+#include "KLDTPXBasCoreUtils.h"
+
+#include <benchmark/benchmark.h>
+#include <string>
+#include <unicode/ustring.h>
+#include <vector>
+
+namespace {
+
+// Mixed text: mostly ASCII words with accented letters, symbols and an emoji now and then.
+std::string MakeText(std::size_t bytes, bool mixed) {
+  static const char* const kMixed[] = {"alpha ",
+                                       "caf\xC3\xA9 ",
+                                       "beta ",
+                                       "\xE2\x82\xAC"
+                                       "12 ",
+                                       "gamma ",
+                                       "\xF0\x9F\x98\x80 ",
+                                       "delta "};
+  static const char* const kAscii[] = {"alpha ", "beta ", "gamma ", "delta "};
+  std::string text;
+  for (std::size_t i = 0; text.size() < bytes; ++i) text += mixed ? kMixed[i % 7] : kAscii[i % 4];
+  // Cut on a character boundary.
+  while (text.size() > bytes) text.pop_back();
+  while (!text.empty() && (static_cast<unsigned char>(text.back()) & 0xC0) == 0x80) text.pop_back();
+  if (!text.empty() && static_cast<unsigned char>(text.back()) >= 0xC0) text.pop_back();
+  return text;
+}
+
+TPXString MakeString(std::size_t bytes, bool mixed) {
+  const std::string text = MakeText(bytes, mixed);
+  TPXString s;
+  s.BuildFromUTF8(text.data(), static_cast<unsigned>(text.size()));
+  return s;
+}
+
+constexpr std::size_t kMegabyte = 1 << 20;
+
+void BM_LengthInChar(benchmark::State& state) {
+  const TPXString s = MakeString(kMegabyte, state.range(0) != 0);
+  for (auto _ : state) benchmark::DoNotOptimize(s.GetLengthInChar());
+  state.SetBytesProcessed(static_cast<long>(state.iterations()) * s.GetLengthInByte());
+  state.SetLabel(s.IsAscii() ? "ascii" : "mixed");
+}
+BENCHMARK(BM_LengthInChar)->Arg(0)->Arg(1);
+
+// The last character: constant time for ASCII text whatever its size, a walk for mixed text.
+void BM_IndexLast(benchmark::State& state) {
+  const bool mixed = state.range(1) != 0;
+  const TPXString s = MakeString(static_cast<std::size_t>(state.range(0)), mixed);
+  const unsigned last = static_cast<unsigned>(s.GetLengthInChar() - 1);
+  for (auto _ : state) benchmark::DoNotOptimize(s[last]);
+  state.SetLabel(mixed ? "mixed" : "ascii");
+}
+BENCHMARK(BM_IndexLast)->ArgsProduct({benchmark::CreateRange(1 << 10, 1 << 20, 8), {0}});
+BENCHMARK(BM_IndexLast)->ArgsProduct({benchmark::CreateRange(1 << 10, 1 << 20, 8), {1}});
+
+void BM_FindPosition(benchmark::State& state) {
+  const bool mixed = state.range(0) != 0;
+  TPXString s = MakeString(kMegabyte, mixed);
+  s += mixed ? "n\xC3\xA9\xC3\xA9"
+               "dle"
+             : "needle";  // only at the very end
+  const TPXString pattern(mixed ? "n\xC3\xA9\xC3\xA9"
+                                  "dle"
+                                : "needle");
+  for (auto _ : state) benchmark::DoNotOptimize(s.FindPosition(pattern, 0));
+  state.SetBytesProcessed(static_cast<long>(state.iterations()) * s.GetLengthInByte());
+  state.SetLabel(mixed ? "mixed" : "ascii");
+}
+BENCHMARK(BM_FindPosition)->Arg(0)->Arg(1);
+
+void BM_ConvertToUTF16_TPXString(benchmark::State& state) {
+  const TPXString s = MakeString(kMegabyte, state.range(0) != 0);
+  std::vector<unsigned short> out(static_cast<std::size_t>(s.GetLengthInByte()) + 1);
+  for (auto _ : state) {
+    unsigned count = 0;
+    s.ConvertToUTF16(out.data(), &count);
+    benchmark::DoNotOptimize(count);
+  }
+  state.SetBytesProcessed(static_cast<long>(state.iterations()) * s.GetLengthInByte());
+  state.SetLabel(state.range(0) ? "mixed" : "ascii");
+}
+BENCHMARK(BM_ConvertToUTF16_TPXString)->Arg(0)->Arg(1);
+
+void BM_ConvertToUTF16_IcuFromUTF8(benchmark::State& state) {
+  const std::string text = MakeText(kMegabyte, state.range(0) != 0);
+  std::vector<UChar> out(text.size() + 1);
+  for (auto _ : state) {
+    int32_t count = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(out.data(), static_cast<int32_t>(out.size()), &count, text.data(),
+                  static_cast<int32_t>(text.size()), &status);
+    benchmark::DoNotOptimize(count);
+  }
+  state.SetBytesProcessed(static_cast<long>(state.iterations()) * static_cast<long>(text.size()));
+  state.SetLabel(state.range(0) ? "mixed" : "ascii");
+}
+BENCHMARK(BM_ConvertToUTF16_IcuFromUTF8)->Arg(0)->Arg(1);
+
+}  // namespace
+BENCHMARK_MAIN();

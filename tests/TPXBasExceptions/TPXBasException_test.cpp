@@ -1,0 +1,183 @@
+// TPXBasException_test.cpp: reports, translation, cloning, rethrowing and call-stack recording
+// of the exception base and its general-purpose classes.
+#include "KLDTPXBasCoreUtils.h"
+#include "kld_TestSupport.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
+namespace {
+
+const TPXBasStringMode kUtf8(false);
+const TPXBasStringMode kLocale(true);
+
+std::string User(const TPXBasException& e) { return e.UserReport(kUtf8).CStr(); }
+std::string Developer(const TPXBasException& e) { return e.DeveloperReport(kUtf8).CStr(); }
+
+/// A dictionary at the default place below a fresh directory that KAL_PATH names, loaded for
+/// the scope and released afterwards.
+class ScopedDictionary {
+ public:
+  explicit ScopedDictionary(const std::string& lines) {
+    std::string pattern = (std::filesystem::temp_directory_path() / "tpx_excXXXXXX").string();
+    m_dir = mkdtemp(pattern.data()) ? pattern : std::string();
+    const std::filesystem::path file =
+        m_dir + "/TPXQorModules/Runtree/TPX/Configuration/Xresources/en_US/en_US_Dict.py";
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << lines;
+    m_env = std::make_unique<kld_test::ScopedEnv>("KAL_PATH", m_dir.c_str());
+    atr_trReleaseDB();
+    atr_tr_enable(true);
+  }
+  ~ScopedDictionary() {
+    atr_trReleaseDB();
+    m_env.reset();
+    std::error_code ignored;
+    std::filesystem::remove_all(m_dir, ignored);
+  }
+
+ private:
+  std::string m_dir;
+  std::unique_ptr<kld_test::ScopedEnv> m_env;
+};
+
+}  // namespace
+
+TEST(TPXBasExceptionReports, EachClassFormatsItsFieldsAndCode) {
+  const TPXBasAssertException assertion("x > 0");
+  const TPXBasExecException exec(-7);
+  const TPXBasPatternException pattern(12, "unmatched (");
+  struct Row {
+    const TPXBasException& e;
+    int code;
+    const char* user;
+  } rows[] = {
+      {assertion, 300, "Assertion Failure: x > 0"},
+      {exec, 301, "rgx_match: exec error: -7"},
+      {pattern, 302, "rgx_match: error in regex at offset 12: unmatched ("},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(row.code, row.e.GetCode());
+    EXPECT_EQ(row.user, User(row.e));
+    // Not thrown with Throw: no file, line 0.
+    EXPECT_EQ(std::string("Exception: ") + row.user + " in file  at line 0", Developer(row.e));
+  }
+  EXPECT_STREQ("x > 0", assertion.GetCondition());
+  EXPECT_EQ(-7, exec.GetCount());
+  EXPECT_EQ(12, pattern.GetOffset());
+  EXPECT_STREQ("unmatched (", pattern.GetMsg());
+  // A null text is an empty field, not a crash; the accessor gives the empty text.
+  EXPECT_STREQ("", TPXBasAssertException(nullptr).GetCondition());
+  EXPECT_EQ("rgx_match: error in regex at offset 0: ", User(TPXBasPatternException(0, nullptr)));
+}
+
+TEST(TPXBasExceptionReports, FieldsAreNotReadAsFormats) {
+  // The field is substituted through "%s": conversions inside it stay text.
+  const TPXBasAssertException e("100%d %s");
+  EXPECT_STREQ("100%d %s", e.GetCondition());
+  EXPECT_EQ("Assertion Failure: 100%d %s", User(e));
+}
+
+TEST(TPXBasExceptionReports, ThrowRecordsPlaceAndDeveloperReportNamesIt) {
+  try {
+    TPXBasExecException(3).Throw("some/file", 42);
+    FAIL() << "Throw returned";
+  } catch (const TPXBasExecException& e) {
+    EXPECT_STREQ("some/file", e.GetFile());
+    EXPECT_EQ(42, e.GetLine());
+    EXPECT_EQ("Exception: rgx_match: exec error: 3 in file some/file at line 42", Developer(e));
+  }
+}
+
+TEST(TPXBasExceptionReports, LocaleModeConvertsOnlyTheDeveloperReport) {
+  const TPXBasPatternException e(1, "caf\xC3\xA9");  // UTF-8 é
+  // The user report stays UTF-8 whatever the mode.
+  EXPECT_EQ(User(e), std::string(e.UserReport(kLocale).CStr()));
+  const atr_String developer = e.DeveloperReport(kLocale);
+  const atr_String expected = e.DeveloperReport(kUtf8).UTF8ToLocale();
+  EXPECT_STREQ(expected.CStr(), developer.CStr());
+}
+
+TEST(TPXBasExceptionReports, TranslatedFormatsAreUsed) {
+  ScopedDictionary dictionary(
+      "d['rgx_match: exec error: %d'] = r'rgx_match: erreur %d'\n"
+      "d['Exception: %s in file %s at line %d'] = r'%3$d:%2$s: %1$s'\n");
+  try {
+    TPXBasExecException(9).Throw("f.cpp", 7);
+  } catch (const TPXBasException& e) {
+    EXPECT_EQ("rgx_match: erreur 9", User(e));
+    EXPECT_EQ("7:f.cpp: rgx_match: erreur 9", Developer(e));
+  }
+  // Untranslated formats keep their English text.
+  EXPECT_EQ("Assertion Failure: a", User(TPXBasAssertException("a")));
+}
+
+TEST(TPXBasExceptionClone, CopiesShareTheirStrings) {
+  TPXBasPatternException source(4, "bad class");
+  std::unique_ptr<TPXBasException> clone(source.Clone());
+  auto* pattern = dynamic_cast<TPXBasPatternException*>(clone.get());
+  ASSERT_NE(nullptr, pattern);
+  EXPECT_EQ(source.GetMsg(), pattern->GetMsg());  // one representation, not a copy
+  EXPECT_EQ(4, pattern->GetOffset());
+
+  TPXBasAssertException assertion("cond");
+  std::unique_ptr<TPXBasException> assertionClone(assertion.Clone());
+  EXPECT_EQ(assertion.GetCondition(),
+            dynamic_cast<TPXBasAssertException&>(*assertionClone).GetCondition());
+
+  std::unique_ptr<TPXBasException> exec(TPXBasExecException(8).Clone());
+  EXPECT_EQ(8, dynamic_cast<TPXBasExecException&>(*exec).GetCount());
+}
+
+TEST(TPXBasExceptionPropagate, RethrowsTheConcreteTypeThroughTheBase) {
+  const TPXBasAssertException assertion("c");
+  const TPXBasExecException exec(1);
+  const TPXBasPatternException pattern(2, "m");
+  const TPXBasException* all[] = {&assertion, &exec, &pattern};
+  for (const TPXBasException* e : all) {
+    try {
+      e->Propagate();
+    } catch (const TPXBasAssertException& caught) {
+      EXPECT_EQ(e, &assertion);
+      EXPECT_STREQ("c", caught.GetCondition());
+    } catch (const TPXBasExecException& caught) {
+      EXPECT_EQ(e, &exec);
+      EXPECT_EQ(1, caught.GetCount());
+    } catch (const TPXBasPatternException& caught) {
+      EXPECT_EQ(e, &pattern);
+      EXPECT_STREQ("m", caught.GetMsg());
+    }
+  }
+}
+
+TEST(TPXBasExceptionCallStack, PushedOnlyWhileTheErrorStackIsActive) {
+  const int before = mem_Testing::ErrorStackDepth();
+  EXPECT_THROW(TPXBasExecException(1).Throw("f", 1), TPXBasExecException);
+  EXPECT_EQ(before, mem_Testing::ErrorStackDepth());
+
+  mem_Testing::SetErrorStackActive(true);
+  EXPECT_THROW(TPXBasExecException(1).Throw("f", 1), TPXBasException);
+  const int after = mem_Testing::ErrorStackDepth();
+  // A plain throw records nothing.
+  try {
+    throw TPXBasExecException(2);
+  } catch (const TPXBasException&) {
+  }
+  mem_Testing::SetErrorStackActive(false);
+  EXPECT_EQ(before + 1, after);
+  EXPECT_EQ(after, mem_Testing::ErrorStackDepth());
+}
+
+TEST(TPXBasExceptionCallStack, FailureWhileRecordingStillThrowsTheException) {
+  TPXBasAssertException e("x");  // made first: its text is allocated
+  mem_Testing::SetErrorStackActive(true);
+  {
+    kld_test::AllocationFailureGuard failing(0);
+    EXPECT_THROW(e.Throw("f", 2), TPXBasAssertException);
+  }
+  mem_Testing::SetErrorStackActive(false);
+}

@@ -1,0 +1,248 @@
+// TPXStringConvert_test.cpp: building from and converting to UTF-8, UTF-16, 16-bit
+// characters, the process locale, numbers and the platform strings, on good and bad input.
+#include "KLDTPXBasCoreUtils.h"
+#include "kld_TestSupport.h"
+
+#include <clocale>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::string Text(const TPXString& s) { return s.CastToCharPtr(); }
+
+/// Switches LC_CTYPE for the scope; Ok() is false when the system lacks the locale.
+class ScopedCtype {
+ public:
+  explicit ScopedCtype(const char* name) : m_old(std::setlocale(LC_CTYPE, nullptr)) {
+    m_ok = std::setlocale(LC_CTYPE, name) != nullptr;
+  }
+  ~ScopedCtype() { std::setlocale(LC_CTYPE, m_old.c_str()); }
+  bool Ok() const { return m_ok; }
+
+ private:
+  std::string m_old;
+  bool m_ok;
+};
+
+}  // namespace
+
+TEST(TPXStringFromUtf8, ValidatesStructureAndRange) {
+  struct Row {
+    const char* name;
+    std::string bytes;
+    bool ok;
+    bool ascii;
+  } rows[] = {
+      {"ascii", "abc", true, true},
+      {"mixed", "a\xC3\xA9\xF0\x9F\x98\x80", true, false},
+      {"bad continuation", "\xC3\x28", false, true},
+      {"lone continuation", "\x80", false, true},
+      {"truncated at the end", "ab\xE2\x82", false, true},
+      {"lead byte F8", "\xF8\x80\x80\x80\x80", false, true},
+      {"above U+10FFFF", "\xF4\x90\x80\x80", false, true},
+      {"U+10FFFF", "\xF4\x8F\xBF\xBF", true, false},
+      {"F5 lead", "\xF5\x80\x80\x80", false, true},
+      {"overlong accepted", "\xC0\x80", true, false},
+      {"encoded surrogate accepted", "\xED\xA0\x80", true, false},
+      {"embedded zero byte", std::string("a\0b", 3), true, true},
+  };
+  for (const Row& row : rows) {
+    TPXString s("before");
+    const TPXString::Result r =
+        s.BuildFromUTF8(row.bytes.data(), static_cast<unsigned>(row.bytes.size()));
+    EXPECT_EQ(row.ok ? TPXString::Success : TPXString::Failure, r) << row.name;
+    EXPECT_EQ(!row.ok, s.IsBAD()) << row.name;
+    if (row.ok) {
+      EXPECT_EQ(static_cast<int>(row.bytes.size()), s.GetLengthInByte()) << row.name;
+      EXPECT_EQ(row.ascii, s.IsAscii()) << row.name;
+    }
+  }
+  // The count bounds the read: a sequence cut by the count is invalid even if bytes follow.
+  TPXString cut;
+  EXPECT_EQ(TPXString::Failure, cut.BuildFromUTF8("\xC3\xA9", 1));
+  TPXString empty("x");
+  EXPECT_EQ(TPXString::Success, empty.BuildFromUTF8(nullptr));
+  EXPECT_TRUE(empty.IsNull());
+  EXPECT_TRUE(empty.IsAscii());
+}
+
+TEST(TPXStringUtf16, PairsSurrogatesAndRejectsBrokenOnes) {
+  struct Row {
+    const char* name;
+    std::vector<unsigned short> units;
+    const char* expected;  // null: failure
+  } rows[] = {
+      {"pair", {0xD83D, 0xDE00}, "\xF0\x9F\x98\x80"},
+      {"lone low", {0xDC00}, nullptr},
+      {"lone high at the end", {0x61, 0xD83D}, nullptr},
+      {"reversed pair", {0xDE00, 0xD83D}, nullptr},
+      {"high then ascii", {0xD83D, 0x61}, nullptr},
+      {"zero unit inside", {0x61, 0, 0x62}, nullptr},
+      {"bmp", {0x61, 0xE9, 0x20AC}, "a\xC3\xA9\xE2\x82\xAC"},
+  };
+  for (const Row& row : rows) {
+    TPXString s;
+    const TPXString::Result r =
+        s.BuildFromUTF16(row.units.data(), static_cast<unsigned>(row.units.size()));
+    if (row.expected == nullptr) {
+      EXPECT_EQ(TPXString::Failure, r) << row.name;
+      EXPECT_TRUE(s.IsBAD()) << row.name;
+    } else {
+      EXPECT_EQ(TPXString::Success, r) << row.name;
+      EXPECT_EQ(row.expected, Text(s)) << row.name;
+      // And back out.
+      unsigned count = 0;
+      EXPECT_EQ(TPXString::Success, s.ConvertToUTF16(nullptr, &count));
+      std::vector<unsigned short> out(count);
+      s.ConvertToUTF16(out.data(), &count);
+      EXPECT_EQ(row.units, out) << row.name;
+    }
+  }
+  TPXString none("x");
+  EXPECT_EQ(TPXString::Success, none.BuildFromUTF16(nullptr, 3));
+  EXPECT_TRUE(none.IsNull());
+  unsigned count = 9;
+  none.ConvertToUTF16(nullptr, &count);
+  EXPECT_EQ(0u, count);
+}
+
+TEST(TPXStringWChar, OneUnitPerCharacterQuestionMarkAboveBmp) {
+  const TPXString s("a\xC3\xA9\xF0\x9F\x98\x80");
+  unsigned short out[4] = {1, 1, 1, 1};
+  EXPECT_EQ(TPXString::Success, s.ConvertToWChar(out));
+  const unsigned short expected[4] = {0x61, 0xE9, '?', 0};
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(expected[i], out[i]) << i;
+
+  TPXString back;
+  EXPECT_EQ(TPXString::Success, back.BuildFromWChar(out));
+  EXPECT_EQ("a\xC3\xA9?", Text(back));
+  const unsigned short surrogate[] = {0x61, 0xD800, 0};
+  EXPECT_EQ(TPXString::Failure, back.BuildFromWChar(surrogate));
+  EXPECT_TRUE(back.IsBAD());
+  const unsigned short ascii[] = {0x41, 0x42, 0};
+  EXPECT_EQ(TPXString::Success, back.BuildFromWChar(ascii));
+  EXPECT_TRUE(back.IsAscii());
+}
+
+TEST(TPXStringUtf8Out, MeasureThenCopy) {
+  const TPXString s("a\xC3\xA9");
+  unsigned length = 0;
+  EXPECT_EQ(TPXString::Success, s.ConvertToUTF8(nullptr, &length));
+  EXPECT_EQ(3u, length);
+  std::vector<char> out(length + 1, 'x');
+  s.ConvertToUTF8(out.data(), nullptr);
+  EXPECT_STREQ("a\xC3\xA9", out.data());
+  char lone = 'x';
+  TPXString().ConvertToUTF8(&lone, nullptr);
+  EXPECT_EQ('\0', lone);
+}
+
+TEST(TPXStringLocale, SevenBitLocaleRefusesWhatItCannotHold) {
+  ScopedCtype c("C");
+  ASSERT_TRUE(c.Ok());
+  TPXString s;
+  EXPECT_EQ(TPXString::Failure, s.BuildFromLocale("caf\xE9"));
+  EXPECT_TRUE(s.IsBAD());
+  EXPECT_EQ(TPXString::Success, s.BuildFromLocale("plain"));
+  EXPECT_TRUE(s.IsAscii());
+  unsigned length = 0;
+  EXPECT_EQ(TPXString::Failure, TPXString("\xC3\xA9").ConvertToLocale(nullptr, &length));
+  char out[6];
+  EXPECT_EQ(TPXString::Success, TPXString("plain").ConvertToLocale(out, &length));
+  EXPECT_STREQ("plain", out);
+  TPXChar e = TPXChar::Make("\xC3\xA9");
+  EXPECT_EQ(TPXChar::Failure, e.ConvertToLocale(nullptr, &length));
+  EXPECT_EQ(TPXChar::Failure, e.BuildFromLocale("\xE9"));
+  EXPECT_STREQ("?", e.CastToCharPtr());
+}
+
+TEST(TPXStringLocale, ConvertsThroughTheProcessLocale) {
+  ScopedCtype latin1("en_US.ISO-8859-1");
+  if (!latin1.Ok()) GTEST_SKIP() << "no Latin-1 locale on this system";
+  TPXString s;
+  EXPECT_EQ(TPXString::Success, s.BuildFromLocale("caf\xE9"));
+  EXPECT_EQ("caf\xC3\xA9", Text(s));
+  EXPECT_FALSE(s.IsAscii());
+  unsigned length = 0;
+  EXPECT_EQ(TPXString::Success, s.ConvertToLocale(nullptr, &length));
+  ASSERT_EQ(4u, length);
+  char out[5];
+  s.ConvertToLocale(out, nullptr);
+  EXPECT_STREQ("caf\xE9", out);
+  // A character Latin-1 cannot hold.
+  EXPECT_EQ(TPXString::Failure, TPXString("\xE2\x82\xAC").ConvertToLocale(nullptr, &length));
+  EXPECT_LT(static_cast<int>(length), 0);
+  // The string may be rebuilt from its own bytes.
+  TPXString self("abc");
+  EXPECT_EQ(TPXString::Success, self.BuildFromLocale(self.CastToCharPtr()));
+  EXPECT_EQ("abc", Text(self));
+}
+
+TEST(TPXStringLocale, InvalidLocaleTextFailsAndUtf8LookalikesWarnWhenAsked) {
+  ScopedCtype utf8("C.UTF-8");
+  if (!utf8.Ok()) GTEST_SKIP() << "no UTF-8 locale on this system";
+  TPXString s;
+  EXPECT_EQ(TPXString::Failure, s.BuildFromLocale("a\xFF"));
+  EXPECT_TRUE(s.IsBAD());
+  kld_test::ScopedEnv warn("_TPX_FAIL_ON_BAD", "1");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(TPXString::Success, s.BuildFromLocale("\xC3\xA9"));
+  const std::string err = testing::internal::GetCapturedStderr();
+  // The setting is read once per process: it may have been read unset before this test.
+  if (!err.empty()) {
+    EXPECT_EQ("Possible conversion from UTF8: \xC3\xA9\n", err);
+  }
+  EXPECT_EQ("\xC3\xA9", Text(s));
+}
+
+TEST(TPXStringNumbers, FormatsAndScansOneConversionOfTheRightType) {
+  TPXString s;
+  EXPECT_EQ(TPXString::Success, s.BuildFromNum(42, "%05d"));
+  EXPECT_EQ("00042", Text(s));
+  EXPECT_EQ(TPXString::Success, s.BuildFromNum(2.5, "v=%.2f"));
+  EXPECT_EQ("v=2.50", Text(s));
+  EXPECT_EQ(TPXString::Success, s.BuildFromNum(static_cast<long double>(1.5), "%g"));
+  EXPECT_EQ("1.5", Text(s));
+  EXPECT_EQ(TPXString::Success, s.BuildFromNum(-5000000000LL, "%lld"));
+  EXPECT_EQ("-5000000000", Text(s));
+  // Longer than any fixed buffer: still whole.
+  EXPECT_EQ(TPXString::Success, s.BuildFromNum(1, "%400d"));
+  EXPECT_EQ(400, s.GetLengthInByte());
+  const char* refused[] = {"%s", "%d %d", "no conversion", "%lld", "%*d", "%n", nullptr, "%"};
+  for (const char* format : refused) {
+    EXPECT_EQ(TPXString::Failure, s.BuildFromNum(3, format)) << (format ? format : "null");
+    EXPECT_TRUE(s.IsBAD());
+  }
+  EXPECT_EQ(TPXString::Failure, s.BuildFromNum(1.0, "%d"));
+  EXPECT_EQ(TPXString::Failure, s.BuildFromNum(200, "%c"));  // a byte that is not UTF-8
+
+  int i = 0;
+  EXPECT_EQ(TPXString::Success, TPXString(" 17 ").ConvertToNum(&i, "%d"));
+  EXPECT_EQ(17, i);
+  double d = 0;
+  EXPECT_EQ(TPXString::Success, TPXString("2.25").ConvertToNum(&d, "%lf"));
+  EXPECT_EQ(2.25, d);
+  EXPECT_EQ(TPXString::Failure, TPXString("2.25").ConvertToNum(&d, "%f"));  // float into double
+  long double ld = 0;
+  EXPECT_EQ(TPXString::Success, TPXString("0.5").ConvertToNum(&ld, "%lf"));
+  EXPECT_EQ(0.5L, ld);
+  unsigned long long ull = 0;
+  EXPECT_EQ(TPXString::Success, TPXString("18446744073709551615").ConvertToNum(&ull, "%llu"));
+  EXPECT_EQ(18446744073709551615ULL, ull);
+  EXPECT_EQ(TPXString::Failure, TPXString("abc").ConvertToNum(&i, "%d"));
+  EXPECT_EQ(TPXString::Failure, TPXString("1").ConvertToNum(&i, "%s"));
+}
+
+TEST(TPXStringPlatform, DxlStringsInAndOut) {
+  EXPECT_STREQ("a?b?", TPXString("a\tb\xE2\x82\xAC").ToDXL().CastToCharPtr());
+  EXPECT_EQ("a\xC3\xA9", Text(TPXString(DXLString("a\xC3\xA9"))));
+  const TPXString mixed("x\xF0\x9F\x98\x80");
+  const DXLUnicodeString u = mixed.ToDXLU();
+  EXPECT_EQ(3, u.GetLengthInChar());
+  EXPECT_EQ("x\xF0\x9F\x98\x80", Text(TPXString(u)));
+  const unsigned short lone[] = {0xD800};
+  EXPECT_TRUE(TPXString(DXLUnicodeString(lone, 1)).IsBAD());
+  EXPECT_TRUE(TPXString(DXLUnicodeString()).IsNull());
+}
