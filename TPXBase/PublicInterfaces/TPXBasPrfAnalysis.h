@@ -56,8 +56,8 @@ class KLDTPXBAS_API TPXBasPrfAnalysis : public TPXBasAtiGlobalSingleton<TPXBasPr
   TPXBasPrfAnalysis();
   ~TPXBasPrfAnalysis();
 
-  int m_first;   // reserved
-  int m_second;  // reserved
+  [[maybe_unused]] int m_first;   // reserved
+  [[maybe_unused]] int m_second;  // reserved
 };
 
 // Hosts use the library's one instantiation, so there is one instance per process.
