@@ -48,6 +48,8 @@ class KLDTPXBAS_API aio_ostream : public aio_ios {
   // Prints one value with the conversion conv (e.g. "d", "llx") with or without the width.
   template <class T>
   aio_ostream& printValue(const char* conv, bool alt, T value);
+  // Writes length bytes of text padded to the width exactly as the printf conversions pad.
+  aio_ostream& printPadded(const char* text, int length);
   // After an output that used the width: clears a one-shot width.
   void widthUsed();
 };

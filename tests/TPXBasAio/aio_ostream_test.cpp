@@ -5,11 +5,11 @@
 #include "aio_istream.h"
 #include "aio_manip.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cmath>
 #include <functional>
+#include <gtest/gtest.h>
+#include <random>
 #include <string>
 
 namespace {
@@ -132,6 +132,59 @@ TEST(aio_ostreamFormat, IntegersBasesAndWidths) {
   });
 }
 
+// The integer output equals what printf gives for the conversion named by the flags, for
+// values of every magnitude, every base and width, negative widths included.
+TEST(aio_ostreamFormat, IntegersMatchThePrintfConversions) {
+  std::mt19937_64 gen(12345);
+  const int bases[] = {0, aio_ios::oct, aio_ios::hex, aio_ios::oct | aio_ios::hex};
+  const int widths[] = {0, 1, 5, 25, -7};
+  for (int round = 0; round < 400; ++round) {
+    const unsigned long long bits = gen() >> (gen() % 64);
+    const int base = bases[round % 4];
+    const int width = widths[(round / 4) % 5];
+    const bool leftAdjust = round % 3 == 0;
+    const char* conv = base == aio_ios::oct ? "o" : base == aio_ios::hex ? "x" : nullptr;
+    struct Case {
+      std::string format;
+      Writer print;
+      std::string expected;
+    } cases[] = {
+        {conv ? conv : "d", [&](aio_ostream& o) { o.print_int(static_cast<int>(bits)); }, ""},
+        {conv ? conv : "u", [&](aio_ostream& o) { o.print_u_int(static_cast<unsigned>(bits)); },
+         ""},
+        {std::string("ll") + (conv ? conv : "d"),
+         [&](aio_ostream& o) { o.print_int64(static_cast<long long>(bits)); }, ""},
+        {std::string("ll") + (conv ? conv : "u"), [&](aio_ostream& o) { o.print_u_int64(bits); },
+         ""},
+        {"#llx", [&](aio_ostream& o) { o.print_address(reinterpret_cast<const void*>(bits)); }, ""},
+    };
+    char text[64];
+    const std::string pct = std::string("%") + (leftAdjust ? "-" : "");
+    std::snprintf(text, sizeof text, (pct + "*" + cases[0].format).c_str(), width,
+                  static_cast<int>(bits));
+    cases[0].expected = text;
+    std::snprintf(text, sizeof text, (pct + "*" + cases[1].format).c_str(), width,
+                  static_cast<unsigned>(bits));
+    cases[1].expected = text;
+    std::snprintf(text, sizeof text, (pct + "*" + cases[2].format).c_str(), width,
+                  static_cast<long long>(bits));
+    cases[2].expected = text;
+    std::snprintf(text, sizeof text, (pct + "*" + cases[3].format).c_str(), width, bits);
+    cases[3].expected = text;
+    std::snprintf(text, sizeof text, ("%#" + std::string(leftAdjust ? "-" : "") + "*llx").c_str(),
+                  width, bits);
+    cases[4].expected = text;
+    for (const Case& c : cases) {
+      const std::string got = Output([&](aio_ostream& o) {
+        o.setf(base | (leftAdjust ? aio_ios::left : 0), 0);
+        if (width != 0) o.setwidth(width, false);
+        c.print(o);
+      });
+      EXPECT_EQ(c.expected, got) << "%" << c.format << " of " << bits << " width " << width;
+    }
+  }
+}
+
 TEST(aio_ostreamFormat, AddressesTextsAndCharacters) {
   auto addr = [](unsigned long long a) {
     return [a](aio_ostream& o) { o.print_address(reinterpret_cast<const void*>(a)); };
@@ -164,16 +217,13 @@ TEST(aio_ostreamWidth, OneShotAndKeptWidths) {
        },
        "   42    7"},
       {"newline ignores the width and leaves it in force",
-       [](aio_ostream& o) { aio_setwidth(o, 5).put('\n').print_int(7).print_int(8); },
-       "\n    78"},
+       [](aio_ostream& o) { aio_setwidth(o, 5).put('\n').print_int(7).print_int(8); }, "\n    78"},
       {"one-shot width is used by a double",
-       [](aio_ostream& o) { aio_setwidth(o, 4).print_double(1.5).print_double(2.5); },
-       " 1.52.5"},
+       [](aio_ostream& o) { aio_setwidth(o, 4).print_double(1.5).print_double(2.5); }, " 1.52.5"},
       {"one-shot width is used by a text",
        [](aio_ostream& o) { aio_setwidth(o, 3).print("a").print("b"); }, "  ab"},
       {"write and an unpadded put leave a one-shot width in force",
-       [](aio_ostream& o) { aio_setwidth(o, 3).write("w", 1).print_int(1).print_int(2); },
-       "w  12"},
+       [](aio_ostream& o) { aio_setwidth(o, 3).write("w", 1).print_int(1).print_int(2); }, "w  12"},
   });
   // The one-shot bit goes with the width it cleared; a later kept width is not affected.
   FILE* f = std::tmpfile();

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <type_traits>
 
 namespace {
 
@@ -111,38 +112,128 @@ aio_ostream& aio_ostream::print(const char* s) {
 }
 
 namespace {
-// The conversion of an integer by the base bits: octal, hexadecimal or the decimal one.
-inline const char* IntConv(int flags, const char* o, const char* x, const char* d) {
+
+// Integers are converted here rather than by fprintf: the digits are the same as those of the
+// %d, %u, %o, %x conversions (and their ll forms), and the padding of printPadded is that of
+// the width argument, but no format string is parsed for every number.
+unsigned BaseOf(int flags) {
   switch (flags & aio_ios::basefield) {
     case aio_ios::oct:
-      return o;
+      return 8;
     case aio_ios::hex:
-      return x;
+      return 16;
     default:
-      return d;
+      return 10;
   }
 }
+
+// Writes the digits of v backwards, ending just before end; returns the first digit.
+template <class U>
+char* FormatUnsigned(U v, unsigned base, char* end) {
+  static const char kDigits[] = "0123456789abcdef";
+  char* p = end;
+  if (base == 16) {
+    do *--p = kDigits[v & 15];
+    while ((v >>= 4) != 0);
+  } else if (base == 8) {
+    do *--p = static_cast<char>('0' + (v & 7));
+    while ((v >>= 3) != 0);
+  } else {
+    do *--p = static_cast<char>('0' + v % 10);
+    while ((v /= 10) != 0);
+  }
+  return p;
+}
+
+// Octal and hexadecimal show a signed value's two's complement, as printf does.
+template <class S>
+char* FormatSigned(S v, unsigned base, char* end) {
+  using U = std::make_unsigned_t<S>;
+  if (base != 10 || v >= 0) return FormatUnsigned(static_cast<U>(v), base, end);
+  char* p = FormatUnsigned(static_cast<U>(U{0} - static_cast<U>(v)), 10, end);
+  *--p = '-';
+  return p;
+}
+
+// Room for the longest integer text: 22 octal digits of 64 bits, a sign or a 0x prefix.
+constexpr int kIntText = 32;
+
+// Spaces written in blocks of this size for wide fields.
+const char kSpaces[] = "                                                                ";
+
+bool WriteSpaces(FILE* f, long long count) {
+  while (count > 0) {
+    const size_t block = count < 64 ? static_cast<size_t>(count) : 64;
+    if (fwrite_unlocked(kSpaces, 1, block, f) != block) return false;
+    count -= static_cast<long long>(block);
+  }
+  return true;
+}
+
 }  // namespace
 
+aio_ostream& aio_ostream::printPadded(const char* text, int length) {
+  if (m_file == nullptr) {
+    m_state |= failbit;
+    return *this;
+  }
+  const size_t size = static_cast<size_t>(length);
+  if (m_width == 0) {
+    if (std::fwrite(text, 1, size, m_file) != size) postmortem();
+    return *this;
+  }
+  // As printf's '*': a negative width means left adjustment with its magnitude.
+  long long width = m_width;
+  bool leftAdjust = (m_flags & adjustfield) == left;
+  if (width < 0) {
+    leftAdjust = true;
+    width = -width;
+  }
+  const long long pad = width > length ? width - length : 0;
+  flockfile(m_file);
+  bool ok = leftAdjust || WriteSpaces(m_file, pad);
+  ok = ok && fwrite_unlocked(text, 1, size, m_file) == size;
+  if (leftAdjust) ok = ok && WriteSpaces(m_file, pad);
+  funlockfile(m_file);
+  if (!ok) postmortem();
+  widthUsed();
+  return *this;
+}
+
 aio_ostream& aio_ostream::print_int(int v) {
-  return printValue(IntConv(m_flags, "o", "x", "d"), false, v);
+  char text[kIntText];
+  const char* first = FormatSigned(v, BaseOf(m_flags), text + kIntText);
+  return printPadded(first, static_cast<int>(text + kIntText - first));
 }
 
 aio_ostream& aio_ostream::print_u_int(unsigned int v) {
-  return printValue(IntConv(m_flags, "o", "x", "u"), false, v);
+  char text[kIntText];
+  const char* first = FormatUnsigned(v, BaseOf(m_flags), text + kIntText);
+  return printPadded(first, static_cast<int>(text + kIntText - first));
 }
 
 aio_ostream& aio_ostream::print_int64(long long v) {
-  return printValue(IntConv(m_flags, "llo", "llx", "lld"), false, v);
+  char text[kIntText];
+  const char* first = FormatSigned(v, BaseOf(m_flags), text + kIntText);
+  return printPadded(first, static_cast<int>(text + kIntText - first));
 }
 
 aio_ostream& aio_ostream::print_u_int64(unsigned long long v) {
-  return printValue(IntConv(m_flags, "llo", "llx", "llu"), false, v);
+  char text[kIntText];
+  const char* first = FormatUnsigned(v, BaseOf(m_flags), text + kIntText);
+  return printPadded(first, static_cast<int>(text + kIntText - first));
 }
 
+// "%#llx": a 0x prefix except for zero, which prints as 0.
 aio_ostream& aio_ostream::print_address(const void* p) {
-  return printValue("llx", true,
-                    static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(p)));
+  const auto v = static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(p));
+  char text[kIntText];
+  char* first = FormatUnsigned(v, 16, text + kIntText);
+  if (v != 0) {
+    *--first = 'x';
+    *--first = '0';
+  }
+  return printPadded(first, static_cast<int>(text + kIntText - first));
 }
 
 aio_ostream& aio_ostream::print_double(double d) {
@@ -184,9 +275,9 @@ aio_ostream& aio_ostream::print_double(double d) {
     if (text == nullptr) {
       n = -1;
     } else {
-      n = widthInForce ? std::snprintf(text, static_cast<size_t>(n) + 1, format, m_width,
-                                       m_precision, d)
-                       : std::snprintf(text, static_cast<size_t>(n) + 1, format, m_precision, d);
+      n = widthInForce
+              ? std::snprintf(text, static_cast<size_t>(n) + 1, format, m_width, m_precision, d)
+              : std::snprintf(text, static_cast<size_t>(n) + 1, format, m_precision, d);
     }
   }
   if (n < 0) {
