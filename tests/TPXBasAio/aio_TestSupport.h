@@ -2,13 +2,13 @@
 #ifndef AIO_TESTSUPPORT_H
 #define AIO_TESTSUPPORT_H
 
+#include <cstdio>
 #include <dirent.h>
 #include <ftw.h>
 #include <stdlib.h>
-#include <unistd.h>
-
-#include <cstdio>
 #include <string>
+#include <unistd.h>
+#include <vector>
 
 namespace aio_test {
 
@@ -49,16 +49,20 @@ inline void WriteFile(const std::string& path, const std::string& bytes) {
 
 inline bool Exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
-/// Number of descriptors the process has open.
-inline int OpenFdCount() {
-  int count = 0;
-  if (DIR* dir = opendir("/proc/self/fd")) {
-    while (dirent* entry = readdir(dir))
-      if (entry->d_name[0] != '.') ++count;
-    closedir(dir);
-    --count;  // the directory's own descriptor
+inline std::vector<std::string> Files(const std::string& dir);
+
+/// Number of descriptors the process has open (less the one that lists them).
+inline int OpenFdCount() { return static_cast<int>(Files("/proc/self/fd").size()) - 1; }
+
+/// Names of the entries of a directory.
+inline std::vector<std::string> Files(const std::string& dir) {
+  std::vector<std::string> names;
+  if (DIR* d = opendir(dir.c_str())) {
+    while (dirent* e = readdir(d))
+      if (e->d_name[0] != '.') names.push_back(e->d_name);
+    closedir(d);
   }
-  return count;
+  return names;
 }
 
 /// A fresh directory under /tmp, removed with its content at the end of the scope.

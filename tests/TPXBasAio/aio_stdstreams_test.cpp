@@ -5,21 +5,9 @@
 #include "aio_TestSupport.h"
 #include "kld_TestSupport.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace {
-
-bool g_writeAtUnload = false;
-
-// Runs after every static destructor of the process (the executable's own ELF destructor,
-// which the loader runs before those of the libraries it loaded).
-__attribute__((destructor)) void WriteAfterStaticDestructors() {
-  if (g_writeAtUnload) {
-    aio_cerr.print("late ").print_int(42).put('\n');
-    aio_cerr.flush();
-  }
-}
 
 TEST(aio_stdstreams, AttachedNotOwnedAfterLoad) {
   EXPECT_EQ(stdin, aio_cin.fptr());
@@ -48,15 +36,6 @@ TEST(aio_stdstreams, SetUpRunsAgainOnlyAfterTheLastFinalise) {
   EXPECT_EQ(stdin, aio_cin.fptr());
   EXPECT_EQ("x", aio_test::Contents(other));
   std::fclose(other);
-}
-
-TEST(aio_stdstreamsDeathTest, UsableAfterStaticDestructorsAtExit) {
-  EXPECT_EXIT(
-      {
-        g_writeAtUnload = true;
-        std::exit(0);
-      },
-      testing::ExitedWithCode(0), "late 42\n");
 }
 
 }  // namespace
