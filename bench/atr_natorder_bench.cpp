@@ -31,11 +31,17 @@ std::vector<std::string> MakeNames() {
   return names;
 }
 
+// The names lie one after the other in one block, as a directory listing read into memory.
 const std::vector<const char*>& Names() {
-  static const std::vector<std::string> storage = MakeNames();
+  static const std::vector<char> block = [] {
+    std::vector<char> b;
+    for (const std::string& s : MakeNames()) b.insert(b.end(), s.c_str(), s.c_str() + s.size() + 1);
+    return b;
+  }();
   static const std::vector<const char*> pointers = [] {
     std::vector<const char*> p;
-    for (const std::string& s : storage) p.push_back(s.c_str());
+    for (const char* s = block.data(); s < block.data() + block.size(); s += std::strlen(s) + 1)
+      p.push_back(s);
     return p;
   }();
   return pointers;
@@ -62,8 +68,28 @@ int Strvers(const char* a, const char* b) { return strverscmp(a, b); }
 void BM_Sort100k_strnatcmp(benchmark::State& state) { SortWith<&Strnat>(state); }
 void BM_Sort100k_strverscmp(benchmark::State& state) { SortWith<&Strvers>(state); }
 
+// The comparison alone: every name against its neighbour in a list already in order, where
+// names share their longest prefixes.
+template <int (*Compare)(const char*, const char*)>
+void CompareNeighbours(benchmark::State& state) {
+  std::vector<const char*> sorted = Names();
+  std::sort(sorted.begin(), sorted.end(),
+            [](const char* a, const char* b) { return std::strcmp(a, b) < 0; });
+  for (auto _ : state) {
+    int sum = 0;
+    for (std::size_t i = 1; i < sorted.size(); ++i) sum += Compare(sorted[i - 1], sorted[i]);
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * (sorted.size() - 1)));
+}
+
+void BM_Neighbours_strnatcmp(benchmark::State& state) { CompareNeighbours<&Strnat>(state); }
+void BM_Neighbours_strverscmp(benchmark::State& state) { CompareNeighbours<&Strvers>(state); }
+
 BENCHMARK(BM_Sort100k_strnatcmp)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Sort100k_strverscmp)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Neighbours_strnatcmp)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Neighbours_strverscmp)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

@@ -41,6 +41,13 @@ function(kld_add_module_tests name)
   set(labels ${name} ${ARG_LABELS})
   gtest_discover_tests(${name}_tests
     WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
-    PROPERTIES LABELS "${labels}"
     DISCOVERY_TIMEOUT 60)
+  # Labels are set once the discovered tests are known: passed through the discovery script
+  # as a property, a list of labels would keep only its first one.
+  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/${name}_tests_labels.cmake
+    "if(${name}_tests_TESTS)\n"
+    "  set_tests_properties(\${${name}_tests_TESTS} PROPERTIES LABELS \"${labels}\")\n"
+    "endif()\n")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/${name}_tests_labels.cmake)
 endfunction()

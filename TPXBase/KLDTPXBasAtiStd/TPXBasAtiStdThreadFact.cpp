@@ -20,26 +20,31 @@ class StdMutex final : public TPXBasAtiMutex {
   std::mutex m_mutex;
 };
 
-// The user's lock (Lock/Unlock) and the signal state are two mutexes. A waiter notes the
-// signal generation while it still holds the user's lock, so every Signal that follows,
-// with or without that lock, changes the generation the waiter waits on: nothing is lost,
-// and spurious wake-ups are absorbed. Order: user lock before state lock, never the reverse.
+// The user's lock (Lock/Unlock) and the signal state are two mutexes. Whoever takes the
+// user's lock notes the signal generation of that moment (its epoch), and WaitForSignal
+// returns once the generation has moved past it: every Signal made after the waiter took the
+// lock wakes it, with or without that lock held by the signaller, and spurious wake-ups are
+// absorbed. Order: user lock before state lock, never the reverse.
 class StdCondVar final : public TPXBasAtiCondVar {
  public:
-  void Lock() override { m_user.lock(); }
+  void Lock() override {
+    m_user.lock();
+    NoteEpoch();
+  }
   void Unlock() override { m_user.unlock(); }
 
   void WaitForSignal(int milliseconds) override {
-    std::unique_lock<std::mutex> state(m_state);
-    const unsigned long long generation = m_generation;
-    m_user.unlock();
-    auto signalled = [&] { return m_generation != generation; };
-    if (milliseconds > 0)
-      m_signal.wait_for(state, std::chrono::milliseconds(milliseconds), signalled);
-    else
-      m_signal.wait(state, signalled);
-    state.unlock();
-    m_user.lock();
+    {
+      std::unique_lock<std::mutex> state(m_state);
+      const unsigned long long epoch = m_epoch;
+      m_user.unlock();
+      auto signalled = [&] { return m_generation != epoch; };
+      if (milliseconds > 0)
+        m_signal.wait_for(state, std::chrono::milliseconds(milliseconds), signalled);
+      else
+        m_signal.wait(state, signalled);
+    }
+    Lock();
   }
 
   void Signal() override {
@@ -53,10 +58,16 @@ class StdCondVar final : public TPXBasAtiCondVar {
   int id() const override { return TPXBasAtiStdThreadFact::kCondVarId; }
 
  private:
+  void NoteEpoch() {
+    std::lock_guard<std::mutex> state(m_state);
+    m_epoch = m_generation;
+  }
+
   std::mutex m_user;
   std::mutex m_state;
   std::condition_variable m_signal;
-  unsigned long long m_generation = 0;
+  unsigned long long m_generation = 0;  // under m_state
+  unsigned long long m_epoch = 0;       // under m_state, written by the holder of m_user
 };
 
 // Rounds: the n-th arrival of a round ends it and wakes the others; the next arrivals start

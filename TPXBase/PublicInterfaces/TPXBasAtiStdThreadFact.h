@@ -14,8 +14,8 @@
 /// What it issues:
 /// - mutexes that exclude (not recursive: a thread must not take one it holds);
 /// - condition variables whose WaitForSignal(n), called with their lock held, waits until a
-///   later Signal (n <= 0: without limit; n > 0: at most n milliseconds). A Signal made after
-///   the waiter took the lock is never lost, whether or not the signaller holds the lock;
+///   Signal made since the caller took the lock (n <= 0: without limit; n > 0: at most n
+///   milliseconds). Such a Signal is never lost, whether or not the signaller holds the lock;
 /// - barriers whose BarrierSync(n) returns once n threads have arrived (n <= 1 at once);
 ///   they may be used again for the next round;
 /// - counters on std::atomic.

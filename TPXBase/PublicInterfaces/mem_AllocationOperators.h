@@ -31,7 +31,7 @@ class mem_AllocationOperatorsTiny {
   static void operator delete(void*, void*) noexcept {}
 };
 
-/// Tag of the built-in array allocation: `new (mem_BuiltInAlloc()) int[n]` draws the array
+/// Tag of the built-in array allocation: `new (mem_BuiltInAlloc{}) int[n]` draws the array
 /// from mem_OperatorNewThrowBuiltin; give it back with mem_deleteBuiltIn, never delete[].
 struct mem_BuiltInAlloc {};
 

@@ -24,7 +24,7 @@ TEST(mem_AllocationOperators, EveryFamilyDrawsFromTheService) {
   EXPECT_THROW(delete new HeapThing(1), std::bad_alloc);
   EXPECT_THROW(delete new TinyThing, std::bad_alloc);
   EXPECT_THROW(delete[] new TinyThing[3], std::bad_alloc);
-  EXPECT_THROW(mem_deleteBuiltIn(new (mem_BuiltInAlloc()) int[4]), std::bad_alloc);
+  EXPECT_THROW(mem_deleteBuiltIn(new (mem_BuiltInAlloc{}) int[4]), std::bad_alloc);
 }
 
 TEST(mem_AllocationOperators, ObjectsAndArraysAreUsableAndReleased) {
@@ -37,15 +37,15 @@ TEST(mem_AllocationOperators, ObjectsAndArraysAreUsableAndReleased) {
   EXPECT_EQ(static_cast<void*>(storage), static_cast<void*>(placed));
   placed->~HeapThing();
 
-  char* text = new (mem_BuiltInAlloc()) char[6];
+  char* text = new (mem_BuiltInAlloc{}) char[6];
   std::memcpy(text, "hello", 6);
   EXPECT_STREQ("hello", text);
   mem_deleteBuiltIn(text);
-  unsigned short* units = new (mem_BuiltInAlloc()) unsigned short[2];
+  unsigned short* units = new (mem_BuiltInAlloc{}) unsigned short[2];
   mem_deleteBuiltIn(units);
-  unsigned int* words = new (mem_BuiltInAlloc()) unsigned int[2];
+  unsigned int* words = new (mem_BuiltInAlloc{}) unsigned int[2];
   mem_deleteBuiltIn(words);
-  HeapThing** table = new (mem_BuiltInAlloc()) HeapThing*[3]();
+  HeapThing** table = new (mem_BuiltInAlloc{}) HeapThing*[3]();
   EXPECT_EQ(nullptr, table[2]);
   mem_deleteBuiltIn(table);
 

@@ -463,11 +463,9 @@ TEST(atr_StringEdit, InsertReplaceEraseAppend) {
   const EditCase cases[] = {
       {"append part", "ab", [](TestString& s) { s.append("0123", 4, 1, 2); }, "ab12"},
       {"append to end", "ab", [](TestString& s) { s.append("0123", 4, 2, ATR_TO_END); }, "ab23"},
-      {"append nothing", "ab", [](TestString& s) { s.append("0123", 4, 4, 9); }, "ab"},
       {"append to empty", "", [](TestString& s) { s.Append("xy", 2); }, "xy"},
       {"append zero bytes", "a", [](TestString& s) { s.Append("\0z", 2); }, std::string("a\0z", 3)},
       {"insert middle", "abcd", [](TestString& s) { s.insert(2, "XYZ", 3, 1, 5); }, "abYZcd"},
-      {"insert front", "abcd", [](TestString& s) { s.insert(0, "XY", 2, 0, 1); }, "Xabcd"},
       {"insert end", "abcd", [](TestString& s) { s.insert(4, "XY", 2, 0, 9); }, "abcdXY"},
       {"insert into empty", "", [](TestString& s) { s.insert(0, "XY", 2, 0, 9); }, "XY"},
       {"insert grows long", big, [](TestString& s) { s.insert(1, "XY", 2, 0, 9); },
@@ -485,7 +483,6 @@ TEST(atr_StringEdit, InsertReplaceEraseAppend) {
       {"erase middle", "abcdef", [](TestString& s) { s.Erase(1, 2); }, "adef"},
       {"erase to end", "abcdef", [](TestString& s) { s.Erase(3, ATR_TO_END); }, "abc"},
       {"erase all", "abcdef", [](TestString& s) { s.Erase(0, ATR_TO_END); }, ""},
-      {"erase at end", "abc", [](TestString& s) { s.Erase(3, 5); }, "abc"},
       {"erase long", big, [](TestString& s) { s.Erase(0, 250); }, std::string(50, 'b')},
       {"erase negative count", "abc", [](TestString& s) { s.Erase(1, -3); }, "abc"},
   };
@@ -496,10 +493,8 @@ TEST(atr_StringEdit, TrimSubstituteReverse) {
   const EditCase cases[] = {
       {"trim everywhere", "a,b,,d", [](TestString& s) { s.Trim(","); }, "abd"},
       {"trim blanks", " a b ", [](TestString& s) { s.Trim(" "); }, "ab"},
-      {"trim all", "  ", [](TestString& s) { s.Trim(" "); }, ""},
       {"trim null set", "a b", [](TestString& s) { s.Trim(nullptr); }, "a b"},
       {"left trim", "xxyaxx", [](TestString& s) { s.LeftTrim("xy"); }, "axx"},
-      {"left trim none", "abc", [](TestString& s) { s.LeftTrim("x"); }, "abc"},
       {"right trim", "xxaxyx", [](TestString& s) { s.RightTrim("xy"); }, "xxa"},
       {"right trim all", "xyx", [](TestString& s) { s.RightTrim("xy"); }, ""},
       {"trim keeps zero bytes", std::string("a\0b", 3), [](TestString& s) { s.Trim("b"); },
@@ -509,11 +504,9 @@ TEST(atr_StringEdit, TrimSubstituteReverse) {
       {"substitute removes", "a-b-c", [](TestString& s) { s.Substitute("-", nullptr, 9); }, "abc"},
       {"substitute empty from", "abc", [](TestString& s) { s.Substitute("", "x", 3); }, "abc"},
       {"substitute count 0", "abc", [](TestString& s) { s.Substitute("a", "x", 0); }, "abc"},
-      {"substitute absent", "abc", [](TestString& s) { s.Substitute("q", "x", 5); }, "abc"},
       {"substitute grows long", std::string(200, '.'),
        [](TestString& s) { s.Substitute(".", "::", 100); },
        std::string(200, ':') + std::string(100, '.')},
-      {"reverse", "abc", [](TestString& s) { s.Reverse(); }, "cba"},
       {"reverse bytes", "\xC3\xA9x", [](TestString& s) { s.Reverse(); }, "x\xA9\xC3"},
       {"assign text", "abc", [](TestString& s) { s = "longer than the old text, in a new class"; },
        "longer than the old text, in a new class"},
@@ -541,7 +534,6 @@ TEST(atr_StringEdit, CaseChangesSkipMultiByteCharacters) {
       {"capitalize", "abc", [](TestString& s) { s.Capitalize(); }, "Abc"},
       {"capitalize upper", "Abc", [](TestString& s) { s.Capitalize(); }, "Abc"},
       {"capitalize multibyte", "\xC3\xA9t", [](TestString& s) { s.Capitalize(); }, "\xC3\xA9t"},
-      {"uncapitalize", "ABC", [](TestString& s) { s.Uncapitalize(); }, "aBC"},
       {"capitalize empty", "", [](TestString& s) { s.Capitalize(); }, ""},
   };
   RunEdits(cases, sizeof cases / sizeof cases[0]);

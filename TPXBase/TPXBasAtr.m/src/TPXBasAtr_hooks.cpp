@@ -2,6 +2,7 @@
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
 #include "atr_NatOrder.h"
 #include "atr_StringBase.h"
+#include "atr_tr.h"
 #include "kld_ModuleHook.h"
 
 #include <cstdlib>
@@ -21,6 +22,6 @@ void TPXBasAtr_initialize(int& tally) {
 void TPXBasAtr_finalize(int& tally) {
   if (!kld::LeaveUnit(g_count, tally)) return;
   // Tear-down: Releases the dictionary, then reports and destroys the string statistics.
-  // (The dictionary's release, atr_trReleaseDB(), goes here, before the statistics.)
+  atr_trReleaseDB();
   atr_StringBase::Finalize();
 }

@@ -68,7 +68,7 @@ void atr_StringBase::allocate(int len, int length) {
   atr_StringRep* rep = new atr_StringRep(len + 1, length);
   char* buff;
   try {
-    buff = new (mem_BuiltInAlloc()) char[static_cast<std::size_t>(len) + 1];
+    buff = new (mem_BuiltInAlloc{}) char[static_cast<std::size_t>(len) + 1];
   } catch (...) {
     release(rep, length, 0);
     throw;

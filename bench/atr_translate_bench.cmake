@@ -1,0 +1,1 @@
+kld_add_benchmark(atr_translate_bench ${CMAKE_CURRENT_SOURCE_DIR}/atr_translate_bench.cpp)

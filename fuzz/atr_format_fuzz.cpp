@@ -1,0 +1,110 @@
+// atr_format_fuzz.cpp: arbitrary format texts with arbitrary argument lists of every type.
+//
+// Input: the format text up to the first zero byte, then the arguments, each a type byte and
+// the bytes of its value. Formats in which "%" is directly followed by "$" are broken
+// invariants of the calling program (fatal by design) and are skipped.
+#include "KLDTPXBasCoreUtils.h"
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+namespace {
+
+class Reader {
+ public:
+  Reader(const std::uint8_t* data, std::size_t size) : m_data(data), m_size(size) {}
+  bool Done() const { return m_pos >= m_size; }
+  template <class T>
+  T Take() {
+    T value{};
+    std::size_t n = sizeof(T) < m_size - m_pos ? sizeof(T) : m_size - m_pos;
+    std::memcpy(&value, m_data + m_pos, n);
+    m_pos += n;
+    return value;
+  }
+  std::string Text() {  // up to 16 bytes
+    std::size_t n = Take<std::uint8_t>() % 17;
+    if (n > m_size - m_pos) n = m_size - m_pos;
+    std::string text(reinterpret_cast<const char*>(m_data + m_pos), n);
+    m_pos += n;
+    return text.c_str();  // up to its first zero byte
+  }
+
+ private:
+  const std::uint8_t* m_data;
+  std::size_t m_size;
+  std::size_t m_pos = 0;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const char* begin = reinterpret_cast<const char*>(data);
+  const void* zero = std::memchr(data, 0, size);
+  std::size_t formatLength = zero ? static_cast<const std::uint8_t*>(zero) - data : size;
+  std::string format(begin, formatLength);
+  if (format.find("%$") != std::string::npos) return 0;
+  Reader args(data + formatLength, size - formatLength);
+  if (!args.Done()) args.Take<std::uint8_t>();  // the zero byte
+
+  const TPXBasStringMode utf8(false);
+  atr_translate message(format.c_str(), utf8);
+  int n = 0;
+  while (!args.Done() && n < 64) {
+    std::uint8_t type = args.Take<std::uint8_t>();
+    // Mostly the next argument; now and then a number out of range or a repeated one.
+    int position = (type & 0x80) ? static_cast<int>(args.Take<std::int8_t>()) : ++n;
+    switch (type % 11) {
+      case 0:
+        atr_SubstituteFormat(message, position, args.Take<int>(), utf8);
+        break;
+      case 1:
+        atr_SubstituteFormat(message, position, args.Take<unsigned>(), utf8);
+        break;
+      case 2:
+        atr_SubstituteFormat(message, position, args.Take<long long>(), utf8);
+        break;
+      case 3:
+        atr_SubstituteFormat(message, position, args.Take<unsigned long long>(), utf8);
+        break;
+      case 4:
+        atr_SubstituteFormat(message, position, args.Take<float>(), utf8);
+        break;
+      case 5:
+        atr_SubstituteFormat(message, position, args.Take<double>(), utf8);
+        break;
+      case 6:
+        atr_SubstituteFormat(message, position, args.Text().c_str(), utf8);
+        break;
+      case 7: {
+        atr_String text = atr_MakeAtrString(args.Text().c_str());
+        atr_SubstituteFormat(message, position, text, utf8);
+        break;
+      }
+      case 8:
+        atr_SubstituteFormat(message, position,
+                             reinterpret_cast<const void*>(args.Take<std::uintptr_t>()), utf8);
+        break;
+      case 9: {
+        std::string text = args.Text();
+        message.AddSubstitution(position, text.c_str(), message.Format(args.Take<std::uint8_t>()));
+        break;
+      }
+      default:
+        atr_SubstituteFormat(message, position, static_cast<const char*>(nullptr), utf8);
+    }
+  }
+  atr_String result = message.Result(utf8);
+  if (std::strlen(result.CStr()) != result.Length()) __builtin_trap();
+
+  // The entry points on the same text.
+  atr_String plain = atr(format.c_str(), utf8);
+  atr_String raw = atr_raw(format.c_str(), utf8);
+  atr_String mixed = atr<int, const char*, double>(format.c_str(), 7, "text", 1.5, utf8);
+  // With no conversion in the text, formatting only folds "%%" and drops a final "%".
+  if (format.find('%') == std::string::npos && format.find("\\@") == std::string::npos &&
+      format != plain.CStr())
+    __builtin_trap();
+  return 0;
+}

@@ -1,0 +1,309 @@
+// atr_dictionary_test.cpp: reading the dictionary file, the search for it and the locales.
+#include "atr_translate_testing.h"
+
+#include <clocale>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+using atr_test::SearchEnv;
+using atr_test::TempDir;
+using atr_test::Utf8;
+
+namespace {
+
+const TPXBasStringMode kUtf8(false);
+
+/// Restores the process locales however the test ends.
+class LocaleGuard {
+ public:
+  LocaleGuard() : m_saved(std::setlocale(LC_ALL, nullptr)) {}
+  ~LocaleGuard() { std::setlocale(LC_ALL, m_saved.c_str()); }
+
+ private:
+  std::string m_saved;
+};
+
+std::string Entry(const std::string& key, const std::string& translation) {
+  return "d['" + key + "'] = r'" + translation + "'\n";
+}
+
+}  // namespace
+
+TEST(atr_DictionaryFixture, LoadsEveryUsableLineAsAHostWould) {
+  SearchEnv env(atr_test::FixtureDir());
+  testing::internal::CaptureStderr();
+  atr_tr_enable(true);
+  std::string warnings = testing::internal::GetCapturedStderr();
+
+  struct Row {
+    const char* text;
+    const char* expected;
+  } rows[] = {
+      {"Open file", "Ouvrir le fichier"},
+      {"Close", "Fermer"},
+      {"Settings", "Paramètres"},
+      {"Open", "Open"},  // identity line: not stored, the text stands for itself
+      {"Line one\nLine two", "Ligne un\nLigne deux"},
+      {"It's done", "C'est fait"},
+      {"Say \"hi\"", "Dites \"salut\""},
+      {"Tab\there", "Tab\tici"},
+      {"Path C:\\temp", "Chemin C:\\temp"},
+      {"Ends with a backslash", "Finit par une barre\\"},
+      {"Octal letters", "ABC"},
+      {"Hex letters", "AJK"},
+      {"Hex without digits", "\\xZZ"},
+      {"Unknown escape", "\\q\\8"},
+      {"Bell and friends", "\a\b\f\r\v"},
+      {"Open the file\\@menu", "Ouvrir le fichier (menu)"},
+      {"Open the file\\@toolbar", "Ouvrir (barre)"},
+      {"Open the file\\@status", "Open the file"},  // no entry: the note is cut off
+      {"Café", "Coffee shop"},
+      {"Twice", "Second"},  // the later definition wins
+      {"Empty translation", "Empty translation"},
+      {"No closing quote", "No closing quote"},
+      {"Zero byte", "Zero byte"},  // its key held an escaped zero byte: dropped
+      {"", ""},
+      {"Nul translation", "Nul translation"},
+      {"Trailing blanks", "Blancs finaux"},
+      {"Invalid bytes", "Invalid bytes"},
+      {"Windows line", "Ligne Windows"},
+      {"Last line", "Dernière ligne"},  // no newline at the end of the file
+      {"Open file ", "Open file "},     // lookups are exact
+      {"open file", "open file"},
+      {"Zoom %d%%", "Zoom %1$d %%"},  // atr_raw interprets no conversion
+  };
+  for (const Row& row : rows) EXPECT_EQ(row.expected, Utf8(row.text)) << "text: " << row.text;
+
+  EXPECT_EQ("WARNING: atr: Invalid UTF-8 string.\n\"Invalid bytes\"\n\n", warnings);
+}
+
+TEST(atr_DictionarySearch, FollowsQfnDictDirThenKalPath) {
+  TempDir first, second, third;
+  first.WriteDictionary(Entry("Close", "from first"));
+  second.WriteDictionary(Entry("Close", "from second"));
+  // A directory named like the dictionary is not a dictionary: the search goes on.
+  std::filesystem::create_directories(third.Path() + atr_test::kRelativeDictionary);
+
+  struct Row {
+    std::string kalPath;
+    const char* dictDir;
+    const char* expected;
+  } rows[] = {
+      {first.Path() + ";" + second.Path(), nullptr, "from first"},
+      {second.Path() + ";" + first.Path(), nullptr, "from second"},
+      {first.Path(), second.Path().c_str(), "from second"},  // QFN_DICT_DIR comes first
+      {";;" + third.Path() + "/;" + second.Path() + "//;", nullptr, "from second"},
+      {third.Path() + "/nowhere;" + first.Path() + "\\", nullptr, "from first"},
+      {"", first.Path().c_str(), "from first"},  // KAL_PATH set, even empty: QFN_DICT_DIR counts
+      {"", nullptr, "Close"},                    // an empty search list finds nothing
+  };
+  for (const Row& row : rows) {
+    SearchEnv env(row.kalPath, row.dictDir);
+    atr_tr_enable(true);
+    EXPECT_EQ(row.expected, Utf8("Close")) << "KAL_PATH=" << row.kalPath;
+  }
+
+  {  // without KAL_PATH nothing is searched, not even QFN_DICT_DIR
+    SearchEnv env("", first.Path().c_str());
+    kld_test::ScopedEnv noKalPath("KAL_PATH", nullptr);
+    atr_StringBasePrv path("unchanged");
+    EXPECT_FALSE(atr_setlocale(&path));
+    EXPECT_STREQ("unchanged", path.CStr());
+    atr_tr_enable(true);
+    EXPECT_EQ("Close", Utf8("Close"));
+  }
+  {  // the name found, separators made '/' and trailing ones removed
+    SearchEnv env(third.Path() + ";" + second.Path() + "\\\\");
+    atr_StringBasePrv path;
+    EXPECT_TRUE(atr_setlocale(&path));
+    EXPECT_EQ(second.Path() + atr_test::kRelativeDictionary, path.CStr());
+    EXPECT_TRUE(atr_setlocale(nullptr));
+  }
+}
+
+TEST(atr_DictionarySearch, SupportedLocaleChoosesTheNamedDictionary) {
+  LocaleGuard locales;
+  TempDir dir;
+  dir.Write("/lang/fr/fr_Dict.py", Entry("Close", "Fermer"));
+  dir.WriteDictionary(Entry("Close", "default place"));
+  SearchEnv env(dir.Path());
+  kld_test::ScopedEnv supported("KALDER_SUPPORTED_LOCALE", "1");
+  kld_test::ScopedEnv dictionary("KALDER_TRANSLATION_DICTIONARY", "lang\\fr/fr_Dict.py");
+  kld_test::ScopedEnv lang("KALDER_LANG", "C.UTF-8");
+  kld_test::ScopedEnv lcAll("KLD_LC_ALL", nullptr);
+
+  atr_StringBasePrv path;
+  ASSERT_TRUE(atr_setlocale(&path));
+  EXPECT_EQ(dir.Path() + "/lang/fr/fr_Dict.py", path.CStr());
+  EXPECT_STREQ("C", std::setlocale(LC_NUMERIC, nullptr));
+  EXPECT_STREQ("C.UTF-8", std::setlocale(LC_CTYPE, nullptr));
+  ASSERT_NE(nullptr, std::getenv("KLD_LC_ALL"));
+  EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), std::getenv("KLD_LC_ALL"));
+
+  atr_tr_enable(true);
+  EXPECT_EQ("Fermer", Utf8("Close"));
+
+  // Without the pair of variables the default dictionary is searched and locales stay.
+  atr_trReleaseDB();
+  kld_test::ScopedEnv noSupported("KALDER_SUPPORTED_LOCALE", nullptr);
+  std::setlocale(LC_NUMERIC, "C.UTF-8");
+  atr_tr_enable(true);
+  EXPECT_EQ("default place", Utf8("Close"));
+  EXPECT_STREQ("C.UTF-8", std::setlocale(LC_NUMERIC, nullptr));
+}
+
+TEST(atr_DictionaryState, LoadsOnceAndRetriesOnlyAfterRelease) {
+  TempDir dir;
+  SearchEnv env(dir.Path());
+
+  atr_tr_enable(true);  // nothing there: the failed load is remembered
+  EXPECT_EQ("Close", Utf8("Close"));
+  dir.WriteDictionary(Entry("Close", "Fermer"));
+  atr_tr_enable(true);
+  EXPECT_EQ("Close", Utf8("Close")) << "a failed load must not search again";
+
+  atr_tr_enable(false);
+  atr_tr_enable(true);
+  EXPECT_EQ("Fermer", Utf8("Close"));
+
+  dir.WriteDictionary(Entry("Close", "Clore"));
+  atr_tr_enable(true);
+  EXPECT_EQ("Fermer", Utf8("Close")) << "a loaded dictionary is read once";
+  atr_trReleaseDB();
+  EXPECT_EQ("Close", Utf8("Close"));
+  atr_tr_enable(true);
+  EXPECT_EQ("Clore", Utf8("Close"));
+
+  // A file that holds no usable line counts as a failed load.
+  atr_trReleaseDB();
+  dir.WriteDictionary(Entry("Close", "Close") + "# nothing else\n");
+  atr_tr_enable(true);
+  dir.WriteDictionary(Entry("Close", "Fermer"));
+  atr_tr_enable(true);
+  EXPECT_EQ("Close", Utf8("Close"));
+}
+
+TEST(atr_DictionaryHostileFiles, KeepTheLibraryWorkingAndLoseNoValidEntry) {
+  const std::string good = Entry("Close", "Fermer");
+  const std::string longLine = "d['Long'] = r'" + std::string(9000, 'x') + "'\n";
+  struct Row {
+    const char* name;
+    std::string content;
+    bool closeTranslated;
+  } rows[] = {
+      {"empty file", "", false},
+      {"no newline at the end", "d['Close'] = r'Fermer'", true},
+      {"long line before", longLine + good, true},
+      {"long line after", good + longLine, true},
+      {"a line of exactly 8191 bytes", "#" + std::string(8190, 'c') + "\n" + good, true},
+      {"only a long line", longLine, false},
+      {"lone backslashes", Entry("A\\", "B\\") + "\\\n" + good, true},
+      {"hex escape without digits", Entry("Hex", "\\x") + good, true},
+      {"invalid UTF-8", "d['Bad'] = r'\xc3\x28'\n" + good + "d['Cut'] = r'\xe2\x82'\n", true},
+      {"keys without translation", "d['Close'] = r'\nd['Close'] = r\nd['Close'] =\n" + good, true},
+      {"marker without key", "'] = r'x'\n" + good, true},
+      {"zero bytes", std::string("d['Nul'] = r'a\0b'\n", 18) + good, true},
+      {"carriage returns only", "d['Close'] = r'Fermer'\r", true},
+      {"binary noise", std::string("\xff\xfe\x00\x01'] = r'\n\n\n", 14) + good, true},
+  };
+  for (const Row& row : rows) {
+    TempDir dir;
+    dir.WriteDictionary(row.content);
+    SearchEnv env(dir.Path());
+    testing::internal::CaptureStderr();
+    atr_tr_enable(true);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(row.closeTranslated ? "Fermer" : "Close", Utf8("Close")) << row.name;
+    EXPECT_EQ("Long", Utf8("Long")) << row.name;
+    // Formatting goes on working whatever was read.
+    EXPECT_STREQ("Value 5", atr<int>("Value %d", 5, kUtf8).CStr()) << row.name;
+  }
+}
+
+TEST(atr_DictionaryHostileFiles, UnreadableFileIsNotFound) {
+  TempDir dir;
+  std::string file = dir.WriteDictionary(Entry("Close", "Fermer"));
+  ASSERT_EQ(0, chmod(file.c_str(), 0));
+  if (access(file.c_str(), R_OK) == 0) GTEST_SKIP() << "permissions do not apply to this user";
+  SearchEnv env(dir.Path());
+  atr_tr_enable(true);
+  EXPECT_EQ("Close", Utf8("Close"));
+}
+
+TEST(atr_DictionaryEscapes, AreUndoneOnceInKeysAndTranslations) {
+  struct Row {
+    const char* written;
+    const char* loaded;
+  } rows[] = {
+      // clang-format off
+      {"\\\\n", "\\n"},           // an escaped backslash is not escaped again
+      {"\\\\\\\\", "\\\\"},
+      {"a\\'b\\\"c", "a'b\"c"},
+      {"\\7\\77\\101x", "\a?Ax"},
+      {"\\1011", "A1"},           // at most three octal digits
+      {"\\x41\\x4aZ", "AJZ"},
+      {"\\x4a2", "\xa2"},         // "2" is one more hex digit
+      {"\\x141", "A"},            // as many hex digits as follow, kept to 8 bits
+      {"\\xg", "\\xg"},
+      {"\\9\\z", "\\9\\z"},
+      {"end\\", "end\\"},
+      {"\\n\\t\\r", "\n\t\r"},
+      // clang-format on
+  };
+  TempDir dir;
+  std::string file;
+  for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
+    file += Entry("k" + std::to_string(i), rows[i].written);
+    file += Entry(std::string("key ") + rows[i].written, "v" + std::to_string(i));
+  }
+  dir.WriteDictionary(file);
+  SearchEnv env(dir.Path());
+  atr_tr_enable(true);
+  for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
+    EXPECT_EQ(rows[i].loaded, Utf8(("k" + std::to_string(i)).c_str())) << rows[i].written;
+    EXPECT_EQ("v" + std::to_string(i), Utf8((std::string("key ") + rows[i].loaded).c_str()))
+        << rows[i].written;
+  }
+}
+
+TEST(atr_DictionaryTable, FindsEveryKeyOfALargeUnsortedFile) {
+  TempDir dir;
+  std::string file;
+  std::vector<std::string> keys;
+  for (int i = 0; i < 3000; ++i) {
+    // Keys in no particular order, some differing only in bytes above 0x7F.
+    std::string key = "k" + std::to_string((i * 7919) % 3000) + (i % 3 == 0 ? "\xc3\xa9" : "");
+    keys.push_back(key);
+    file += Entry(key, "t" + key);
+  }
+  dir.WriteDictionary(file);
+  SearchEnv env(dir.Path());
+  atr_tr_enable(true);
+  for (const std::string& key : keys) ASSERT_EQ("t" + key, Utf8(key.c_str())) << key;
+  EXPECT_EQ("k", Utf8("k"));
+  EXPECT_EQ("k99999", Utf8("k99999"));
+  EXPECT_EQ("\xff", Utf8("\xff"));  // above every key
+}
+
+TEST(atr_DictionaryTable, SurvivesAllocationFailureAtEveryStep) {
+  TempDir dir;
+  std::string file;
+  for (int i = 0; i < 20; ++i) file += Entry("k" + std::to_string(i), "t" + std::to_string(i));
+  dir.WriteDictionary(file);
+  for (long n = 0; n < 30; ++n) {
+    SearchEnv env(dir.Path());
+    {
+      kld_test::AllocationFailureGuard fail(n);
+      atr_tr_enable(true);
+    }
+    // Each entry is either fully loaded or absent.
+    for (int i = 0; i < 20; ++i) {
+      std::string got = Utf8(("k" + std::to_string(i)).c_str());
+      EXPECT_TRUE(got == "t" + std::to_string(i) || got == "k" + std::to_string(i))
+          << "allocation " << n << ": " << got;
+    }
+  }
+}

@@ -1,0 +1,331 @@
+// atr_translate_test.cpp: parsing formats, substituting arguments, assembling messages.
+#include "atr_translate_testing.h"
+
+#include <clocale>
+#include <cstdint>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <string>
+
+using atr_test::SearchEnv;
+using atr_test::TempDir;
+
+namespace {
+
+const TPXBasStringMode kUtf8(false);
+const TPXBasStringMode kLocale(true);
+
+template <class... A>
+std::string Msg(const char* format, A... args) {
+  return atr<A...>(format, args..., kUtf8).CStr();
+}
+
+/// The message of format with argument n substituted as "<n>": shows which argument each
+/// conversion receives ("<2> <1> <3>" for "%2$s %s %s").
+std::string Receivers(const char* format, int count) {
+  atr_translate message(format, kUtf8);
+  for (int n = 1; n <= count; ++n) {
+    char value[16];
+    std::snprintf(value, sizeof(value), "<%d>", n);
+    atr_SubstituteFormat(message, n, value, kUtf8);
+  }
+  return message.Result(kUtf8).CStr();
+}
+
+}  // namespace
+
+TEST(atr_translateParse, TemplatesFromFormats) {
+  struct Row {
+    const char* format;
+    const char* expected;  // every conversion filled with "<n>", n its argument
+  } rows[] = {
+      {"plain text", "plain text"},
+      {"", ""},
+      {"100%% done", "100% done"},
+      {"%d%%s", "<1>%s"},
+      {"abc %", "abc "},
+      {"abc %5", "abc "},
+      {"abc %2$", "abc "},
+      {"%5k", "k"},
+      {"%hd", "hd"},
+      {"%+d", "+d"},
+      {"% d", " d"},
+      {"%#x", "#x"},
+      {"%*d", "*d"},
+      {"%Lf", "Lf"},
+      {"%5%d", "%d"},
+      {"%%%s%%", "%<1>%"},
+      {"%s%s%s", "<1><2><3>"},
+      {"%2$s before %1$s", "<2> before <1>"},
+      {"%2$s %s %s", "<2> <1> <3>"},
+      {"%1$s %3$s", "<1> <2>"},
+      {"%3$s %3$s %1$s", "<2> <3> <1>"},
+      {"%10$s %20$s %5$s", "<2> <3> <1>"},
+      {"%s %1$s", "<2> <1>"},
+      {"%0$s %s", "<1> <2>"},
+      {"%99999999999999$s|%s", "<2>|<1>"},
+      {"a%-5.3ld b", "a<1> b"},
+      {"%ls%lls", "<1><2>"},
+      {"\\@ only a note", ""},
+      {"Open the file\\@menu", "Open the file"},
+      {"Open %s\\@menu %s", "Open <1>"},
+      {"%\xc3\xa9%s\xc3\xa9", "\xc3\xa9<1>\xc3\xa9"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(row.expected, Receivers(row.format, 4)) << row.format;
+}
+
+TEST(atr_translateParse, ConversionTextsAsWritten) {
+  struct Row {
+    const char* format;
+    int n;
+    const char* expected;
+  } rows[] = {
+      {"%ld", 1, "%d"},          {"%lld", 1, "%ld"},   {"%5.2lf", 1, "%5.2f"},
+      {"%-08.3x", 1, "%-08.3x"}, {"%2$s %s", 1, "%s"}, {"%2$5s %-3d", 2, "%5s"},
+      {"%s", 0, nullptr},        {"%s", 2, nullptr},   {"%l", 1, nullptr},
+      {"%1$s %1$d", 2, "%d"},    {"text", 1, nullptr},
+  };
+  for (const Row& row : rows) {
+    atr_translate message(row.format, kUtf8);
+    const char* got = message.Format(row.n);
+    if (row.expected == nullptr)
+      EXPECT_EQ(nullptr, got) << row.format << " n=" << row.n;
+    else
+      EXPECT_STREQ(row.expected, got) << row.format << " n=" << row.n;
+  }
+}
+
+TEST(atr_translateParse, ManyReorderedConversionsReachTheirArguments) {
+  // 40 conversions numbered backwards, then forwards with gaps: the Shell sort must deliver
+  // argument n to the conversion with the n-th lowest number.
+  std::string format, expected;
+  for (int i = 40; i >= 1; --i) {
+    format += "%" + std::to_string(i) + "$s,";
+    expected += "<" + std::to_string(i) + ">,";
+  }
+  EXPECT_EQ(expected, Receivers(format.c_str(), 40));
+  EXPECT_EQ("<3><1><2>", Receivers("%9$s%2$s%5$s", 3));
+}
+
+TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
+  struct Row {
+    std::string got;
+    std::string expected;
+  } rows[] = {
+      {Msg("Value %d", 5), "Value 5"},
+      {atr("Value %d", kUtf8).CStr(), "Value %s"},
+      {Msg("%5s|", 5), "5|"},  // an int under "%s": "%d", no padding
+      {Msg("%8.3f", 5), "5.000000"},
+      {Msg("%e", 5), "5.000000e+00"},
+      {Msg("%x|%X|%o|%c|%u", 255, 255, 8, 65, -1), "ff|FF|10|A|4294967295"},
+      {Msg("%05d|%-4d|%+d", 42, 7, 3), "00042|7   |+d"},
+      {Msg("%lld", 7), "7"},  // '%ld' after the length letter is dropped: still the int's value
+      {Msg("%d", 4294967295u), "4294967295"},
+      {Msg("%s|%x|%g", 7u, 255u, 2u), "7|ff|2"},
+      {Msg("%d", 5000000000LL), "5000000000"},
+      {Msg("%s", 5000000000LL), "5000000000"},
+      {Msg("%d|%u", -5000000000LL, -1LL), "-5000000000|18446744073709551615"},
+      {Msg("%x|%5c|%-3c|", 0x1234567890LL, 0x141LL, 66LL), "1234567890|    A|B  |"},
+      {Msg("%d|%s", 18446744073709551615ULL, 1ULL), "18446744073709551615|1"},
+      {Msg("%f", 3LL), "3.000000"},
+      {Msg("%5.2f", 3.14159), " 3.14"},
+      {Msg("%e", 1.0), "1.000000e+00"},
+      {Msg("%s", 1.0), "1.000000e+00"},
+      {Msg("%d", 2.5), "2.500000e+00"},
+      {Msg("%E|%g", 1e100, 0.5), "1.000000E+100|0.5"},
+      {Msg("%.3e", 1.5e-300), "1.500e-300"},
+      {Msg("%f", 2.5f), "2.500000"},
+      {Msg("%s and %s", "a", static_cast<const char*>(nullptr)), "a and "},
+      {Msg("%d", "text"), "text"},  // a text under a numeric conversion is shown as it is
+      {Msg("%5s|%-5s|%.1s|", "ab", "ab", "abc"), "   ab|ab   |a|"},
+      {Msg("%25s", "ab"), std::string(23, ' ') + "ab"},
+      {Msg("%3.1s|%-4.2s|%.9s|%.s|", "abc", "abc", "abc", "abc"), "  a|ab  |abc|abc|"},
+      {Msg("%2$s before %1$s", "a", "b"), "b before a"},
+      {Msg("%1$s %3$s", "a", "b", "c"), "a b"},
+      {Msg("%s %s %s", "A"), "A %s %s"},
+      {Msg("%s", "A", "B", 3), "A"},  // extra arguments are dropped
+      {Msg("%d%%s", 7), "7%s"},
+      {Msg("%s", atr_MakeAtrString("string")), "string"},
+      {Msg("%-7s|", atr_MakeAtrString("str")), "str    |"},
+      {Msg("%c", 0), ""},
+  };
+  for (const Row& row : rows) EXPECT_EQ(row.expected, row.got);
+
+  // Only the substitutions for arguments 1 and 3: the walk stops at the first gap.
+  atr_translate message("%s %s %s", kUtf8);
+  atr_SubstituteFormat(message, 1, "A", kUtf8);
+  atr_SubstituteFormat(message, 3, "B", kUtf8);
+  atr_SubstituteFormat(message, 4, "ignored", kUtf8);
+  atr_SubstituteFormat(message, 0, "ignored", kUtf8);
+  EXPECT_STREQ("A %s %s", message.Result(kUtf8).CStr());
+  EXPECT_STREQ("A %s %s", message.Result(kUtf8).CStr());  // Result changes nothing
+  atr_SubstituteFormat(message, 2, 2, kUtf8);
+  EXPECT_STREQ("A 2 B", message.Result(kUtf8).CStr());
+  atr_SubstituteFormat(message, 2, "a much longer replacement text", kUtf8);
+  EXPECT_STREQ("A a much longer replacement text B", message.Result(kUtf8).CStr());
+}
+
+TEST(atr_translateSubstitute, PointersAsUnsignedOfTheirSize) {
+  int value = 0;
+  const void* p = &value;
+  char expected[64];
+  std::snprintf(expected, sizeof(expected), "%llx",
+                static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(p)));
+  EXPECT_EQ(expected, Msg("%x", p));
+  EXPECT_EQ("0", Msg("%d", static_cast<const void*>(nullptr)));
+  atr_translate message("%x", kUtf8);
+  ForwardVoidPBySize<4>::Format(message, 1, reinterpret_cast<const void*>(0x123456789ULL));
+  EXPECT_STREQ("23456789", message.Result(kUtf8).CStr());
+}
+
+TEST(atr_translateSubstitute, HugeWidthsAndPrecisionsAreBounded) {
+  const int max = atr_translate::MaxField;
+  struct Row {
+    std::string got;
+    size_t length;
+    const char* suffix;
+  } rows[] = {
+      {Msg("%5000d", 7), static_cast<size_t>(max), "7"},
+      {Msg("%-99999999999d|", 7), static_cast<size_t>(max) + 1, " |"},
+      {Msg("%.2000d", 7), static_cast<size_t>(max), "07"},
+      {Msg("%.2000f", 1.0), 2 + static_cast<size_t>(max), "00"},
+      {Msg("%2000.2000f", -1e308), 310 + 1 + static_cast<size_t>(max), "00"},
+      {Msg("%.2000e", 1e308), 2 + static_cast<size_t>(max) + 5, "e+308"},
+      {Msg("%5000.3000x", 0xffLL), static_cast<size_t>(max), "ff"},
+      {Msg("%2000000000s", "ab"), static_cast<size_t>(max), "ab"},
+      {Msg("%.2000000000s", "ab"), 2, "ab"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(row.length, row.got.size()) << row.got.substr(0, 40);
+    EXPECT_EQ(row.suffix, row.got.substr(row.got.size() - std::string(row.suffix).size()));
+  }
+}
+
+TEST(atr_translateSubstitute, FixExponentAndFmtRewriting) {
+  struct Fix {
+    const char* in;
+    const char* out;
+  } fixes[] = {{"1.5e+005", "1.5e+05"},    {"1.5e-007", "1.5e-07"},
+               {"1e+100", "1e+100"},       {"1.5E+005", "1.5E+005"},
+               {"1.5e+05", "1.5e+05"},     {"e", "e"},
+               {"2.0e+0051", "2.0e+0051"}, {"", ""}};
+  for (const Fix& fix : fixes) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%s", fix.in);
+    atr_translate::FixExponent(text);
+    EXPECT_STREQ(fix.out, text) << fix.in;
+  }
+
+  struct FmtRow {
+    const char* fmt;
+    atr_Fmt::DataSize size;
+    char letter;
+    const char* format;
+    const char* noWidth;
+  } fmts[] = {
+      {"%8.3d", atr_Fmt::SizeDefault, 0, "%8.3d", "%d"},
+      {"%8.3d", atr_Fmt::SizeShort, 0, "%8.3hd", "%hd"},
+      {"%8.3d", atr_Fmt::SizeChar, 'x', "%8.3hx", "%hx"},
+      {"%d", atr_Fmt::SizeLongLong, 'u', "%u", "%u"},
+      {"d", atr_Fmt::SizeUnsignedShort, 0, "hd", "%hd"},
+      {"", atr_Fmt::SizeShort, 'x', "", "%hx"},
+  };
+  for (const FmtRow& row : fmts) {
+    atr_Fmt fmt(row.fmt);
+    EXPECT_TRUE(fmt.Ok());
+    EXPECT_STREQ(row.format, fmt.Format(row.size, row.letter)) << row.fmt;
+    EXPECT_STREQ(row.noWidth, fmt.FormatNoWidth(row.size, row.letter)) << row.fmt;
+  }
+  atr_Fmt none(nullptr);
+  EXPECT_FALSE(none.Ok());
+  EXPECT_EQ(nullptr, none.Format(atr_Fmt::SizeShort, 'd'));
+  EXPECT_EQ(0, none.Letter());
+}
+
+TEST(atr_translateEntryPoints, DeducedAndExplicitFormsAgree) {
+  const char* file = "f.cpp";
+  EXPECT_STREQ("Exception: oops in file f.cpp at line 3",
+               (atr<const char*, const char*, int>("Exception: %s in file %s at line %d", "oops",
+                                                   file, 3, kUtf8))
+                   .CStr());
+  EXPECT_STREQ("Exception: oops in file f.cpp at line 3",
+               atr("Exception: %s in file %s at line %d", "oops", file, 3, kUtf8).CStr());
+  char buffer[] = "mutable";
+  short s = -2;
+  std::size_t size = 12;
+  EXPECT_STREQ("mutable -2 12 1.5 c",
+               atr("%s %d %u %g %c", buffer, s, size, 1.5f, 'c', kUtf8).CStr());
+  EXPECT_STREQ("", atr(static_cast<const char*>(nullptr), kUtf8).CStr());
+  EXPECT_STREQ("", atr<int>(nullptr, 5, kUtf8).CStr());
+  EXPECT_STREQ("", atr_raw(nullptr, kUtf8).CStr());
+  EXPECT_STREQ("Open the file", atr_raw("Open the file\\@menu", kUtf8).CStr());
+  EXPECT_STREQ("50% %d", atr_raw("50% %d", kUtf8).CStr());
+}
+
+TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
+  SearchEnv env(atr_test::FixtureDir());
+  testing::internal::CaptureStderr();
+  atr_tr_enable(true);
+  testing::internal::GetCapturedStderr();
+  struct Row {
+    std::string got;
+    const char* expected;
+  } rows[] = {
+      {Msg("Exception: %s in file %s at line %d", "E", "a.cpp", 12),
+       "Exception : E dans le fichier a.cpp à la ligne 12"},
+      {Msg("Copy %s to %s", "src", "dst"), "Copier vers dst depuis src"},
+      {Msg("%s has %d items", "box", 3), "3 éléments dans box"},
+      {Msg("Value %d", 5), "Valeur 5"},
+      {atr("Value %d", kUtf8).CStr(), "Valeur %s"},
+      {Msg("Ratio %5.2f", 0.5), "Rapport  0.50"},
+      {Msg("Done %d%%", 50), "Fait à 50 %"},
+      {Msg("Name: %-8s|", "ab"), "Nom : ab      |"},
+      {Msg("Zoom %d%%", 200), "Zoom 200 %"},
+      {Msg("%1$s of %2$s", "a", "b"), "b : a"},
+      {Msg("Count %d", 5), "Count 5"},  // its translation holds "%$": the text is used
+      {atr("Open the file\\@menu", kUtf8).CStr(), "Ouvrir le fichier (menu)"},
+      {atr("Open the file\\@other", kUtf8).CStr(), "Open the file"},
+      {atr("Open", kUtf8).CStr(), "Open"},
+      {Msg("Not in the dictionary %d", 1), "Not in the dictionary 1"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(row.expected, row.got);
+}
+
+TEST(atr_translateModes, LocaleModeConvertsAtTheEdges) {
+  std::string saved = std::setlocale(LC_CTYPE, nullptr);
+  ASSERT_NE(nullptr, std::setlocale(LC_CTYPE, "C.UTF-8"));
+  EXPECT_STREQ("Caf\xc3\xa9 \xc3\xa9t\xc3\xa9 5",
+               atr("Caf\xc3\xa9 %s %d", "\xc3\xa9t\xc3\xa9", 5, kLocale).CStr());
+  // In the "C" locale bytes above 0x7F are not characters: the conversion says so in-band.
+  std::setlocale(LC_CTYPE, "C");
+  std::string got = atr("%s", "\xc3\xa9", kLocale).CStr();
+  EXPECT_EQ(0u, got.find("****ERROR: Transcoding Error: ")) << got;
+  EXPECT_STREQ("plain 5", atr("plain %d", 5, kLocale).CStr());
+  EXPECT_STREQ("\xc3\xa9", atr("%s", "\xc3\xa9", kUtf8).CStr());
+  std::setlocale(LC_CTYPE, saved.c_str());
+
+  atr_String text = atr_MakeAtrString("shared");
+  EXPECT_EQ(text.CStr(), TPXBasAtrStringMode::ModalToUTF8(text, kUtf8).CStr());
+  EXPECT_EQ(text.CStr(), TPXBasAtrStringMode::Utf8ToModal(text, kUtf8).CStr());
+}
+
+TEST(atr_translateModes, AllocationFailureLeaksNothing) {
+  for (long n = 0; n < 12; ++n) {
+    kld_test::AllocationFailureGuard fail(n);
+    try {
+      atr_String s = atr("%s %d %s %5s and a long tail that does not fit inline %s", "x", 1,
+                         "a text longer than the inline buffer of a conversion", "y",
+                         atr_MakeAtrString("z"), kUtf8);
+      EXPECT_STREQ(
+          "x 1 a text longer than the inline buffer of a conversion     y and a long tail that "
+          "does not fit inline z",
+          s.CStr());
+    } catch (const std::bad_alloc&) {
+    }
+  }
+}
+
+TEST(atr_translateDeathTest, DollarWithoutNumberInTheProgramsFormat) {
+  EXPECT_DEATH(atr("broken %$s", kUtf8),
+               "AssertionFailed:0 \\[TPXBase/TPXBasAtr.m/src/atr_translate:[0-9]+\\]");
+}
