@@ -1,0 +1,18 @@
+// aio_stdstreams.h: the standard stream objects.
+#ifndef AIO_STDSTREAMS_H
+#define AIO_STDSTREAMS_H
+
+#include "KLDTPXBasExport.h"
+#include "aio_istream.h"
+#include "aio_ostream.h"
+
+/// The process's standard input, output and error. The objects are built at compile time
+/// (unattached) and are never destroyed, so they stay usable while the process exits, after
+/// every static destructor. The library's set-up attaches them, not owned, to stdin, stdout
+/// and stderr, so the library never closes those files. They are references to the objects:
+/// use them as the objects themselves.
+extern KLDTPXBAS_API aio_istream& aio_cin;
+extern KLDTPXBAS_API aio_ostream& aio_cout;
+extern KLDTPXBAS_API aio_ostream& aio_cerr;
+
+#endif  // AIO_STDSTREAMS_H

@@ -1,0 +1,198 @@
+// Tests of the file streams: open rules, UTF-8 names, 64-bit positions, descriptors.
+#include "aio_fstream.h"
+
+#include "aio_TestSupport.h"
+
+#include <clocale>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+const int kFail = aio_ios::failbit;
+
+// Switches LC_CTYPE for the scope.
+class ScopedCType {
+ public:
+  explicit ScopedCType(const char* name) : m_old(std::setlocale(LC_CTYPE, nullptr)) {
+    m_ok = std::setlocale(LC_CTYPE, name) != nullptr;
+  }
+  ~ScopedCType() { std::setlocale(LC_CTYPE, m_old.c_str()); }
+  bool ok() const { return m_ok; }
+
+ private:
+  std::string m_old;
+  bool m_ok;
+};
+
+// Nothing can be created in /proc, whoever runs the test.
+const char* kUnwritable = "/proc/aio_test.txt";
+
+TEST(aio_fstreamOpen, ReadingExistingAndMissingFiles) {
+  aio_test::TempDir dir;
+  aio_test::WriteFile(dir / "in.txt", "first\nsecond\n");
+  const std::string absent = dir / "absent.txt";
+  const int fds = aio_test::OpenFdCount();
+  {
+    aio_ifstream in;
+    in.open((dir / "in.txt").c_str());
+    char line[16];
+    in.getline(line, sizeof line);
+    EXPECT_STREQ("first", line);
+    EXPECT_TRUE(in.owned());
+    // A missing file: the state becomes exactly failbit, the stream keeps its file.
+    in.clear(aio_ios::eofbit | aio_ios::badbit);
+    in.open(absent.c_str());
+    EXPECT_EQ(kFail, in.rdstate());
+    in.clear(0);
+    in.getline(line, sizeof line);
+    EXPECT_STREQ("second", line);
+
+    aio_ifstreamCae cae;
+    cae.open((dir / "in.txt").c_str());
+    EXPECT_EQ('f', cae.get());
+    aio_ifstreamCae caeMissing;
+    caeMissing.clear(aio_ios::eofbit);
+    caeMissing.open(absent.c_str());
+    EXPECT_EQ(kFail, caeMissing.rdstate());
+    EXPECT_EQ(nullptr, caeMissing.fptr());
+
+    aio_ifstream owned(aio_test::FileWith("a"), true);  // constructed attached
+    EXPECT_EQ('a', owned.get());
+  }
+  EXPECT_EQ(fds, aio_test::OpenFdCount());
+}
+
+TEST(aio_fstreamOpen, WritingFreshAndAppending) {
+  aio_test::TempDir dir;
+  const std::string existing = dir / "existing.txt";
+  aio_test::WriteFile(existing, "old");
+  const int fds = aio_test::OpenFdCount();
+  {
+    aio_ofstream fresh;
+    fresh.open(existing.c_str(), true);
+    EXPECT_EQ(kFail, fresh.rdstate());
+    EXPECT_EQ(nullptr, fresh.fptr());
+    EXPECT_EQ("old", aio_test::FileText(existing));  // untouched
+
+    aio_ofstream append;
+    append.open(existing.c_str(), false);
+    append.print("+new");
+    aio_ofstream created;
+    created.open((dir / "created.txt").c_str(), true);
+    created.print("fresh").print_int(1);
+    aio_ofstream createdByAppend;
+    createdByAppend.open((dir / "appended.txt").c_str(), false);
+    createdByAppend.print("a");
+    EXPECT_EQ(0, append.rdstate() | created.rdstate() | createdByAppend.rdstate());
+
+    for (const std::string& bad : {std::string(kUnwritable), dir / "no/such/dir.txt"}) {
+      aio_ofstream out;
+      out.open(bad.c_str(), false);
+      EXPECT_EQ(kFail, out.rdstate()) << bad;
+      // The Cae variant leaves the state as it was; the next output fails.
+      aio_ofstreamCae cae;
+      cae.open(bad.c_str(), false);
+      EXPECT_EQ(0, cae.rdstate()) << bad;
+      EXPECT_EQ(kFail, cae.print("x").rdstate()) << bad;
+    }
+    aio_ofstreamCae caeFresh;
+    caeFresh.open(existing.c_str(), true);
+    EXPECT_EQ(kFail, caeFresh.rdstate());
+    aio_ofstreamCae caeAppend;
+    caeAppend.open(existing.c_str(), false);
+    append.flush();
+    caeAppend.print("!");
+  }
+  EXPECT_EQ("old+new!", aio_test::FileText(existing));
+  EXPECT_EQ("fresh1", aio_test::FileText(dir / "created.txt"));
+  EXPECT_EQ("a", aio_test::FileText(dir / "appended.txt"));
+  EXPECT_EQ(fds, aio_test::OpenFdCount());
+}
+
+TEST(aio_fstreamNames, Utf8NamesAreOpenedInTheLocaleForm) {
+  aio_test::TempDir dir;
+  const std::string utf8 = dir / "caf\xc3\xa9.txt";  // e with acute accent
+  {
+    ScopedCType ctype("C.UTF-8");
+    ASSERT_TRUE(ctype.ok());
+    aio_ofstream out;
+    out.open(utf8.c_str(), true);
+    out.print("utf8").flush();
+    EXPECT_EQ("utf8", aio_test::FileText(utf8));  // the same bytes in a UTF-8 locale
+    aio_ifstream in;
+    in.open(utf8.c_str());
+    EXPECT_EQ('u', in.get());
+  }
+  {
+    // A locale that cannot represent the character: the converting streams refuse the name,
+    // the Cae variants hand the bytes to the system as they are.
+    ScopedCType ctype("C");
+    aio_ifstream in;
+    in.open(utf8.c_str());
+    EXPECT_EQ(kFail, in.rdstate());
+    aio_ofstream out;
+    out.open((dir / "na\xc3\xafve.txt").c_str(), false);
+    EXPECT_EQ(kFail, out.rdstate());
+    EXPECT_FALSE(aio_test::Exists(dir / "na\xc3\xafve.txt"));
+    aio_ifstreamCae cae;
+    cae.open(utf8.c_str());
+    EXPECT_EQ('u', cae.get());
+  }
+  // Bytes that are not UTF-8 (Latin-1, overlong, surrogate, above U+10FFFF, cut short) are
+  // refused in any locale.
+  ScopedCType ctype("C.UTF-8");
+  const std::string latin1 = dir / "caf\xe9.txt";
+  aio_test::WriteFile(latin1, "latin1");
+  for (const std::string& bad : {latin1, dir / "\xc0\xaf", dir / "\xed\xa0\x80",
+                                 dir / "\xf4\x90\x80\x80", dir / "\xe2\x82"}) {
+    aio_ifstream in;
+    in.open(bad.c_str());
+    EXPECT_EQ(kFail, in.rdstate()) << bad;
+  }
+  aio_ofstreamCae cae;
+  cae.open(latin1.c_str(), false);
+  cae.print("!").flush();
+  EXPECT_EQ("latin1!", aio_test::FileText(latin1));
+}
+
+TEST(aio_fstreamPositions, SeekAndTellBeyondTwoGibibytes) {
+  aio_test::TempDir dir;
+  const std::string path = dir / "sparse.bin";
+  const long long far = 3LL << 30;  // a sparse file of 3 GiB
+  {
+    aio_ofstream out;
+    out.open(path.c_str(), true);
+    EXPECT_EQ(0, out.tellp());
+    out.seekp(far, aio_ios::beg).put('x');
+    EXPECT_EQ(far + 1, out.tellp());
+    out.seekp(-1, aio_ios::cur).put('y');
+    out.seekp(-5, aio_ios::beg);  // before the start: fails, changes nothing
+    EXPECT_EQ(0, out.rdstate());
+    EXPECT_EQ(far + 1, out.tellp());
+  }
+  aio_ifstream in;
+  in.open(path.c_str());
+  in.seekg(-1, aio_ios::end);
+  EXPECT_EQ(far, in.tellg());
+  EXPECT_EQ('y', in.get());
+  aio_ifstreamCae cae;
+  cae.open(path.c_str());
+  cae.seekg(far, aio_ios::beg);
+  EXPECT_EQ(far, cae.tellg());
+  aio_ofstreamCae append;
+  append.open(path.c_str(), false);
+  append.seekp(0, aio_ios::end);
+  EXPECT_EQ(far + 1, append.tellp());
+
+  // Without a file: seeks fail, tells give -1.
+  aio_ifstream noIn;
+  aio_ofstreamCae noOut;
+  EXPECT_EQ(-1, noIn.tellg());
+  EXPECT_EQ(-1, noOut.tellp());
+  noIn.seekg(0, aio_ios::beg);
+  noOut.seekp(0, aio_ios::beg);
+  EXPECT_EQ(kFail, noIn.rdstate() & noOut.rdstate());
+}
+
+}  // namespace
