@@ -17,7 +17,6 @@ using tpx_scan::LeadLength;
 
 namespace {
 
-
 // _TPX_FAIL_ON_BAD, read once on first need: 0 unknown, 1 unset, 2 set.
 int g_failOnBad = 0;
 
