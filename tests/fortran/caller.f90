@@ -66,6 +66,7 @@ program caller
   rank = 0
   call tpxbasprfiterbegin(iter, phase, step, rank)
   call tpxbasprfiterend(iter, phase, step, rank)
+  deallocate(path)
 
   if (failures > 0) error stop 1
   print '(a)', 'fortran caller: ok'
