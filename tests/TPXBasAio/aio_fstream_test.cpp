@@ -57,9 +57,6 @@ TEST(aio_fstreamOpen, ReadingExistingAndMissingFiles) {
     caeMissing.open(absent.c_str());
     EXPECT_EQ(kFail, caeMissing.rdstate());
     EXPECT_EQ(nullptr, caeMissing.fptr());
-
-    aio_ifstream owned(aio_test::FileWith("a"), true);  // constructed attached
-    EXPECT_EQ('a', owned.get());
   }
   EXPECT_EQ(fds, aio_test::OpenFdCount());
 }
