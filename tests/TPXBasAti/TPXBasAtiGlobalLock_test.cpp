@@ -3,27 +3,29 @@
 #include "gtest/gtest.h"
 
 #include <atomic>
-#include <chrono>
 #include <thread>
 
 namespace {
 
 TEST(TPXBasAtiGlobalLock, RecursiveForTheHolderExclusiveForOthers) {
-  std::atomic<bool> entered{false};
-  std::thread other;
   TPXBasAtiGlobalLock::Finalize();  // releases nothing: the lock stays usable
+  std::atomic<bool> started{false}, released{false};
+  bool enteredWhileHeld = true;
+  std::thread other;
   {
     TPXBasAtiGlobalLock outer;
     TPXBasAtiGlobalLock inner;  // the same thread again: must not block
     other = std::thread([&] {
+      started = true;
       TPXBasAtiGlobalLock guard;
-      entered = true;
+      enteredWhileHeld = !released.load();
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_FALSE(entered.load()) << "another thread got in while the lock was held";
+    while (!started.load()) std::this_thread::yield();
+    for (int i = 0; i < 100; ++i) std::this_thread::yield();  // every chance to get in
+    released = true;
   }
   other.join();
-  EXPECT_TRUE(entered.load());
+  EXPECT_FALSE(enteredWhileHeld);
 }
 
 }  // namespace
