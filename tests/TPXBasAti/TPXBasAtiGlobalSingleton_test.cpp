@@ -1,4 +1,5 @@
-// Global singletons: one creation under contention, finalisation, failures, their own lock.
+// The global lock (recursive for its holder, exclusive for others, never released) and the
+// global singletons: one creation under contention, finalisation, failures.
 #include "KLDTPXBasCoreUtils.h"
 #include "ati_TestFactories.h"
 #include "gtest/gtest.h"
@@ -97,6 +98,27 @@ TEST_F(TPXBasAtiGlobalSingletonTest, FinalizeDestroysFailuresLeaveNothingAndNest
   EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
   EXPECT_EQ(2, g_constructed.load());
   EXPECT_EQ(2, g_destroyed.load());
+}
+
+TEST(TPXBasAtiGlobalLock, RecursiveForTheHolderExclusiveForOthers) {
+  TPXBasAtiGlobalLock::Finalize();  // releases nothing: the lock stays usable
+  std::atomic<bool> started{false}, released{false};
+  bool enteredWhileHeld = true;
+  std::thread other;
+  {
+    TPXBasAtiGlobalLock outer;
+    TPXBasAtiGlobalLock inner;  // the same thread again: must not block
+    other = std::thread([&] {
+      started = true;
+      TPXBasAtiGlobalLock guard;
+      enteredWhileHeld = !released.load();
+    });
+    while (!started.load()) std::this_thread::yield();
+    for (int i = 0; i < 100; ++i) std::this_thread::yield();  // every chance to get in
+    released = true;
+  }
+  other.join();
+  EXPECT_FALSE(enteredWhileHeld);
 }
 
 TEST(TPXBasAtiGlobalSingletonDeathTest, NoMutexFromTheModel) {

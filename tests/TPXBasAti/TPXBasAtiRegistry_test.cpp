@@ -7,16 +7,11 @@
 
 namespace {
 
-class Probe : public TPXBasAtiMutex, public TPXBasAtiUpgradable {
+class Probe : public TPXBasAtiBarrier, public TPXBasAtiUpgradable {
  public:
   explicit Probe(int* destroyed = nullptr) : m_destroyed(destroyed) {}
-  ~Probe() override {
-    if (m_destroyed) ++*m_destroyed;
-  }
-  void Lock() override {}
-  void Unlock() override {}
-  int TryLock() override { return 1; }
-  int id() const override { return 1; }
+  ~Probe() override { m_destroyed ? ++*m_destroyed : 0; }
+  void BarrierSync(unsigned int) override {}
   bool UpgradeYourself(TPXBasAtiThreadFactory*) override { return true; }
 
  private:
