@@ -10,7 +10,9 @@ namespace {
 class Probe : public TPXBasAtiBarrier, public TPXBasAtiUpgradable {
  public:
   explicit Probe(int* destroyed = nullptr) : m_destroyed(destroyed) {}
-  ~Probe() override { m_destroyed ? ++*m_destroyed : 0; }
+  ~Probe() override {
+    if (m_destroyed) ++*m_destroyed;
+  }
   void BarrierSync(unsigned int) override {}
   bool UpgradeYourself(TPXBasAtiThreadFactory*) override { return true; }
 
