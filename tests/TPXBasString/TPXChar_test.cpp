@@ -48,13 +48,3 @@ TEST(TPXCharCase, OnlyAsciiLettersMove) {
   EXPECT_TRUE(TPXChar::Make("a") < TPXChar::Make("\xC3\xA9"));
   EXPECT_TRUE(TPXChar::Make("\xF0\x9F\x98\x80") > TPXChar::Make("\xE2\x82\xAC"));
 }
-
-TEST(TPXCharLocale, ConvertsInTheLocaleOrFails) {
-  TPXChar c = TPXChar::Make("a");
-  unsigned length = 0;
-  EXPECT_EQ(TPXChar::Success, c.ConvertToLocale(nullptr, &length));
-  EXPECT_EQ(1u, length);
-  TPXChar local;
-  EXPECT_EQ(TPXChar::Success, local.BuildFromLocale("xy"));
-  EXPECT_EQ(static_cast<unsigned>('x'), local.ConvertToUTF32());
-}

@@ -201,44 +201,56 @@ TEST(TPXStringEdit, StripModes) {
 }
 
 TEST(TPXStringEdit, ResizeAndSubString) {
-  TPXString s("ab");
-  s.Resize(5, TPXChar('-'), 0);
-  EXPECT_EQ("ab---", Text(s));
-  TPXString keep("ab");
-  keep.Resize(1, TPXChar('-'), 0);
-  EXPECT_EQ("ab", Text(keep));
-  TPXString cut("ab");
-  cut.Resize(1, TPXChar('-'), 1);
-  EXPECT_EQ("a", Text(cut));
-  TPXString mixed(
-      "\xC3\xA9"
-      "ab");
-  mixed.Resize(-3, TPXChar('-'), 1);
-  EXPECT_EQ("", Text(mixed));
-  EXPECT_TRUE(mixed.IsAscii());
-  TPXString euro("a");
-  euro.Resize(3, TPXChar::Make("\xE2\x82\xAC"), 0);
-  EXPECT_EQ("a\xE2\x82\xAC\xE2\x82\xAC", Text(euro));
-  EXPECT_FALSE(euro.IsAscii());
-  euro.Resize(1, TPXChar(' '), 1);
-  EXPECT_TRUE(euro.IsAscii());
-
-  const TPXString aeb(
-      "a\xC3\xA9"
-      "b");
-  const TPXString sub = aeb.SubString(1, 2);
-  EXPECT_EQ(
-      "\xC3\xA9"
-      "b",
-      Text(sub));
-  EXPECT_FALSE(sub.IsAscii());
-  const TPXString tail = aeb.SubString(2, 100);
-  EXPECT_EQ("b", Text(tail));
-  EXPECT_TRUE(tail.IsAscii());  // every character taken is one byte
-  EXPECT_EQ("bc", Text(TPXString("abc").SubString(1, 2)));
-  EXPECT_TRUE(TPXString("abc").SubString(1, 2).IsAscii());
-  EXPECT_EQ("", Text(TPXString("abc").SubString(3, 2)));
-  EXPECT_EQ("", Text(TPXString("abc").SubString(-1, 2)));
+  struct Case {
+    const char* name;
+    const char* text;
+    int length;
+    const char* fill;
+    int truncate;
+    const char* expected;
+    bool ascii;
+  } resizes[] = {
+      {"pads", "ab", 5, "-", 0, "ab---", true},
+      {"keeps without truncate", "ab", 1, "-", 0, "ab", true},
+      {"cuts", "ab", 1, "-", 1, "a", true},
+      {"negative empties",
+       "\xC3\xA9"
+       "ab",
+       -3, "-", 1, "", true},
+      {"multi-byte fill", "a", 3, "\xE2\x82\xAC", 0, "a\xE2\x82\xAC\xE2\x82\xAC", false},
+      {"cut back to ascii", "a\xE2\x82\xAC", 1, " ", 1, "a", true},
+  };
+  for (const Case& c : resizes) {
+    SCOPED_TRACE(c.name);
+    TPXString s(c.text);
+    s.Resize(c.length, TPXChar::Make(c.fill), c.truncate);
+    EXPECT_EQ(c.expected, Text(s));
+    EXPECT_EQ(c.ascii, s.IsAscii());
+  }
+  struct Sub {
+    const char* text;
+    int start, count;
+    const char* expected;
+    bool ascii;  // every character taken is one byte
+  } subs[] = {
+      {"a\xC3\xA9"
+       "b",
+       1, 2,
+       "\xC3\xA9"
+       "b",
+       false},
+      {"a\xC3\xA9"
+       "b",
+       2, 100, "b", true},
+      {"abc", 1, 2, "bc", true},
+      {"abc", 3, 2, "", true},
+      {"abc", -1, 2, "", true},
+  };
+  for (const Sub& c : subs) {
+    const TPXString sub = TPXString(c.text).SubString(c.start, c.count);
+    EXPECT_EQ(c.expected, Text(sub)) << c.text << " " << c.start;
+    EXPECT_EQ(c.ascii, sub.IsAscii()) << c.text << " " << c.start;
+  }
 }
 
 TEST(TPXStringEdit, CaseChangesTouchOnlyAsciiAndShareWhenUnchanged) {

@@ -1,8 +1,7 @@
 // aio_fstream.cpp: opening named files, and 64-bit seek and tell.
 #include "aio_fstream.h"
 
-#include "aio_Names.h"
-#include "mem_Alloc.h"
+#include "TPXOsString.h"
 
 #include <stdio.h>
 #include <unistd.h>
@@ -23,17 +22,13 @@ const char* WriteMode(bool fresh) { return fresh ? "wbx" : "ab"; }
 }  // namespace
 
 aio_ifstream& aio_ifstream::open(const char* name) {
-  char* local = kld_Utf8NameToLocale(name);
-  if (local == nullptr) {
-    kld_ReportNameNotInLocale(*this);
-    return *this;
-  }
+  const TPXOsString os(name, TPXOsString::OsLocale);
+  const char* local = os.ToLocale();  // throws before the stream is touched
   if (access(local, R_OK) == 0) {
     if (FILE* f = std::fopen(local, "r")) attach(f, true);
   } else {
     clear(failbit);
   }
-  mem_Free(local);
   return *this;
 }
 
@@ -67,11 +62,8 @@ aio_ifstreamCae& aio_ifstreamCae::seekg(long long offset, aio_ios::seek_dir orig
 long long aio_ifstreamCae::tellg() const { return TellFile(m_file); }
 
 aio_ofstream& aio_ofstream::open(const char* name, bool fresh) {
-  char* local = kld_Utf8NameToLocale(name);
-  if (local == nullptr) {
-    kld_ReportNameNotInLocale(*this);
-    return *this;
-  }
+  const TPXOsString os(name, TPXOsString::OsLocale);
+  const char* local = os.ToLocale();  // throws before the stream is touched
   if (fresh && access(local, F_OK) == 0) {
     clear(failbit);
   } else if (FILE* f = std::fopen(local, WriteMode(fresh))) {
@@ -79,7 +71,6 @@ aio_ofstream& aio_ofstream::open(const char* name, bool fresh) {
   } else {
     clear(failbit);
   }
-  mem_Free(local);
   return *this;
 }
 

@@ -1,7 +1,7 @@
 // aio_strstream.cpp: output string stream backed by a temporary file.
 #include "aio_strstream.h"
 
-#include "aio_Names.h"
+#include "TPXOsString.h"
 #include "aio_istream.h"
 #include "aio_tempfile.h"
 #include "mem_Alloc.h"
@@ -15,6 +15,26 @@
 namespace {
 
 void* StringAllocate(unsigned int size) { return mem_AllocationOperators::operator new(size); }
+
+// The name is UTF-8 made from the locale's form of the path, so it converts back; a path that
+// was not valid in the locale was kept byte for byte and goes out as it is. Never throws: a
+// destructor calls it.
+void RemoveFile(const char* name) {
+  const char* path = name;
+  TPXOsString* os = nullptr;
+  try {
+    os = new TPXOsString(name, TPXOsString::OsLocale);
+    if (os->GetType() == TPXOsString::OsLocale) path = os->ToLocale();
+  } catch (...) {
+    // Out of memory: the bytes as they are name the file in every ASCII path.
+  }
+  unlink(path);
+  if (access(path, F_OK) != -1) {
+    std::fprintf(stderr, "*** Error: file %s cannot be deleted\n", name);
+    std::abort();
+  }
+  delete os;
+}
 
 }  // namespace
 
@@ -30,14 +50,7 @@ aio_ostrstream::~aio_ostrstream() {
     close();
   }
   if (m_name != nullptr) {
-    char* local = kld_Utf8NameToLocale(m_name);
-    const char* path = local != nullptr ? local : m_name;
-    unlink(path);
-    if (access(path, F_OK) != -1) {
-      std::fprintf(stderr, "*** Error: file %s cannot be deleted\n", m_name);
-      std::abort();
-    }
-    mem_Free(local);
+    RemoveFile(m_name);
     mem_Free(m_name);
   }
 }

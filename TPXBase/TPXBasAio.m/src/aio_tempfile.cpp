@@ -1,7 +1,7 @@
 // aio_tempfile.cpp: uniquely named temporary files.
 #include "aio_tempfile.h"
 
-#include "aio_Names.h"
+#include "TPXString.h"
 #include "mem_Alloc.h"
 
 #include <cstdio>
@@ -58,13 +58,12 @@ FILE* aio_createTempFile(char*& name) {
   }
 
   // The path is in the locale's encoding; a path that is not valid there goes out as it is.
-  char* utf8 = kld_LocaleNameToUtf8(path);
-  const char* text = utf8 != nullptr ? utf8 : path;
+  TPXString utf8;
+  const char* text = utf8.BuildFromLocale(path) == TPXString::Success ? utf8.CastToCharPtr() : path;
   const size_t length = std::strlen(text);
   name = static_cast<char*>(mem_OperatorNewThrowBuiltin(length + 1));
   std::memset(name, 0, length + 1);
   std::memcpy(name, text, length);
-  mem_Free(utf8);
   mem_Free(path);
   return file;
 }

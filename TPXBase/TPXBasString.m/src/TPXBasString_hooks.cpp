@@ -1,5 +1,6 @@
 // TPXBasString_hooks.cpp: initialise and finalise of the Unicode-string module.
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
+#include "TPXOsConverter.h"
 #include "kld_ModuleHook.h"
 
 #include <clocale>
@@ -11,8 +12,9 @@ bool g_localeSet = false;  // whether this module has set the process's LC_CTYPE
 
 void TPXBasString_initialize(int& tally) {
   if (!kld::EnterUnit(g_count, tally)) return;
-  // The process-wide OS-string converter is registered here once the OS-string
-  // component exists.
+  // The allocation library converts its own names with the library's converter, which
+  // lives until the process exits: a finalise leaves it registered.
+  kld::RegisterOsConverter();
   if (!g_localeSet) {
     // Character classification follows the user's environment.
     std::setlocale(LC_CTYPE, "");
