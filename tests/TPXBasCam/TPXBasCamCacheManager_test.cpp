@@ -23,21 +23,20 @@ TEST_F(TPXBasCamCacheManagerTest, RequestsLandInTheirBinWithTheirBlockSize) {
     int bin;
     unsigned int block;
   } rows[] = {
-      {nullptr, nullptr, 4096, 0, 4128},
-      {nullptr, nullptr, 4097, 1, 8224},
-      {nullptr, nullptr, 8193, 2, 12320},
-      {nullptr, nullptr, 16385, 4, 24608},
+      // clang-format off
+      {nullptr, nullptr, 4096, 0, 4128},  {nullptr, nullptr, 4097, 1, 8224},
+      {nullptr, nullptr, 8193, 2, 12320}, {nullptr, nullptr, 16385, 4, 24608},
       {nullptr, nullptr, 1048576, 15, 1048608},
       {nullptr, nullptr, 1048577, 16, 1052704},  // large with 16 bins: page-rounded
       {"18", nullptr, 1048577, 16, 1572896},     // 384 pages
       {"18", nullptr, 2097152, 17, 2097184},     // 512 pages, the last bin
       {"30", nullptr, 2097153, 18, 2101280},     // more than 18 bins count as 18
-      {"0", nullptr, 10, 0, 4128},               // no bins: every request is large
-      {"-3", nullptr, 10, 0, 4128},              // negative: no bins either
+      {"0", nullptr, 10, 0, 4128},  {"-3", nullptr, 10, 0, 4128},  // no bins: all large
       {nullptr, "64", 1048644, 15, 1048676},     // the alignment allowance
       {nullptr, "64", 1048645, 16, 1052704},     // one byte past it: large
       {nullptr, "64", 786433, 15, 1048676},      // every last-bin block grows
       {nullptr, "64", 4096, 0, 4128},
+      // clang-format on
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << (row.bins ? row.bins : "-") << " bins, alignment "
@@ -118,21 +117,6 @@ TEST_F(TPXBasCamCacheManagerTest, ThresholdsFollowTheLimitAndFractions) {
     EXPECT_EQ(expected[step].low, cm.MemoryLowMark());
     EXPECT_EQ(expected[step].reserve, cm.ReserveCap());
   }
-}
-
-TEST_F(TPXBasCamCacheManagerTest, CachedBlocksOfOtherBinsGoBackBeforeTheHighMarkIsPassed) {
-  TPXBasCamCacheManager& cm = Make();
-  cm.SetMemoryLimit(200000);  // high mark 160000
-  unsigned int block = 0;
-  std::vector<void*> small;
-  for (int i = 0; i < 6; ++i) small.push_back(cm.Alloc(20000, block));  // bin 4, 24608 each
-  for (void* p : small) cm.Free(p);
-  void* big = cm.Alloc(40000, block);  // bin 6, 49184: two cached blocks must go
-  ASSERT_NE(nullptr, big);
-  EXPECT_EQ(4 * 24608u, cm.FreeListBytes());
-  EXPECT_EQ(4 * 24608u + 49184u, cm.MemoryCurrent());
-  EXPECT_EQ(0u, cm.PendingRequest());
-  cm.Free(big);
 }
 
 TEST_F(TPXBasCamCacheManagerTest, PassingTheHighMarkRefillsTheReserveThenPurgingRunsOut) {
