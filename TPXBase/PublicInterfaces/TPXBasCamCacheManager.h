@@ -58,9 +58,11 @@ class KLDTPXBAS_API TPXBasCamBinHeader : public mem_AllocationOperators {
 /// and error handler; blocks still held by callers are not touched.
 ///
 /// Any thread may allocate and free. Lock order, outermost first: the limit mutex
-/// (SetMemoryLimit), purge-list item locks, the manager mutex, then a free list's head lock or
-/// the tracking mutex and the purge list's statistics mutex. AddPools, AddPurgeList and
-/// SetDbFile lock nothing: call them while no other thread uses the manager.
+/// (SetMemoryLimit), purge-list item locks, the manager mutex, then the tracking mutex and the
+/// purge list's statistics mutex. A free list's head lock is taken alone (recycling a block and
+/// freeing a bin block need nothing else), or after the locks above, never before them.
+/// AddPools, AddPurgeList and SetDbFile lock nothing: call them while no other thread uses
+/// the manager.
 class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>,
                                             public TPXBasMemCacheManager {
  public:
