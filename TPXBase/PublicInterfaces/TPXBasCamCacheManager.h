@@ -183,6 +183,7 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   KLD_CAM_INTERNAL void* AllocSlow(int bin, unsigned int size, unsigned int& blockSize);
   KLD_CAM_INTERNAL void* HandOut(TPXBasCamBinHeader* header, int bin, unsigned int allocSize);
   KLD_CAM_INTERNAL unsigned int DoFree(void* block);
+  KLD_CAM_INTERNAL __attribute__((noinline)) unsigned int FreeLarge(TPXBasCamBinHeader* header);
   KLD_CAM_INTERNAL BinRecord& Record(int bin) const;
   KLD_CAM_INTERNAL void Release();  // frees everything the constructor or the manager made
   KLD_CAM_INTERNAL void ComputeThresholds();

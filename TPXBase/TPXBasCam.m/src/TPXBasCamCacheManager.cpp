@@ -497,17 +497,21 @@ unsigned int TPXBasCamCacheManager::DoFree(void* block) {
   TPXBasCamBinHeader* header =
       reinterpret_cast<TPXBasCamBinHeader*>(static_cast<char*>(block) - kHeaderSize);
   int bin = header->m_bin;
+  if (__builtin_expect(bin >= m_numBins, 0)) return FreeLarge(header);
   unsigned int size = header->m_size;
-  if (bin < m_numBins) {
-    mem_Release(header);
-    ReturnHeader(header, bin);
-  } else {
-    m_mutex->Lock();
-    delete header->m_mutex;
-    m_hostAllocator->deallocate(header, 0);
-    Sub(m_memoryCurrent, size);
-    m_mutex->Unlock();
-  }
+  mem_Release(header);
+  ReturnHeader(header, bin);
+  return size;
+}
+
+// A large block goes straight back to the host.
+unsigned int TPXBasCamCacheManager::FreeLarge(TPXBasCamBinHeader* header) {
+  unsigned int size = header->m_size;
+  m_mutex->Lock();
+  delete header->m_mutex;
+  m_hostAllocator->deallocate(header, 0);
+  Sub(m_memoryCurrent, size);
+  m_mutex->Unlock();
   return size;
 }
 
