@@ -98,7 +98,11 @@ void TPXBasCamSimpleTBAllocator::FreeSearch(void* block) {
     m_large.Free(bp);
     return;
   }
+  // The element the block goes after is the same wherever the walk starts. For a block below
+  // the free pointer the walk passes the ring's highest element and comes round; when the
+  // base element lies on that way, starting there skips the stretch before it.
   TPXBasCamTBHeader* p = m_free;
+  if (bp < p && (&m_base > p || &m_base < bp)) p = &m_base;
   while (!(bp > p && bp < p->m_link)) {
     if (p >= p->m_link && (bp > p || bp < p->m_link)) break;  // at the ring's highest address
     p = p->m_link;
