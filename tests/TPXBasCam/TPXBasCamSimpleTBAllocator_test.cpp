@@ -98,12 +98,17 @@ TEST(TPXBasCamSimpleTBAllocator, FixedModeKeepsBlocksWhole) {
 }
 
 // Random allocations and frees with content checks: no block overlaps another and the
-// allocator survives any order of frees, in both modes.
+// allocator survives any order of frees, in both modes, with the allocator (and so the base
+// element of its ring) above its chunks (on the stack) and below them (made first on the heap).
 TEST(TPXBasCamSimpleTBAllocator, RandomUseKeepsBlocksApart) {
-  for (bool fixed : {false, true}) {
-    SCOPED_TRACE(fixed);
-    TPXBasCamSimpleTBAllocator tb(static_cast<TPXBasCamPool*>(nullptr), fixed, 200, 64);
-    std::mt19937 rng(fixed ? 7 : 11);
+  for (int mode = 0; mode < 4; ++mode) {
+    bool fixed = mode % 2 == 1;
+    SCOPED_TRACE(mode);
+    TPXBasCamSimpleTBAllocator onStack(static_cast<TPXBasCamPool*>(nullptr), fixed, 200, 64);
+    auto* onHeap =
+        new TPXBasCamSimpleTBAllocator(static_cast<TPXBasCamPool*>(nullptr), fixed, 200, 64);
+    TPXBasCamSimpleTBAllocator& tb = mode < 2 ? onStack : *onHeap;
+    std::mt19937 rng(static_cast<unsigned int>(mode));
     struct Live {
       unsigned char* p;
       unsigned int size;
@@ -127,6 +132,7 @@ TEST(TPXBasCamSimpleTBAllocator, RandomUseKeepsBlocksApart) {
       }
     }
     for (const Live& l : live) tb.Free(l.p);
+    delete onHeap;
   }
 }
 
