@@ -58,9 +58,11 @@ class KLDTPXBAS_API TPXBasCamBinHeader : public mem_AllocationOperators {
 /// and error handler; blocks still held by callers are not touched.
 ///
 /// Any thread may allocate and free. Lock order, outermost first: the limit mutex
-/// (SetMemoryLimit), purge-list item locks, the manager mutex, then a free list's head lock or
-/// the tracking mutex and the purge list's statistics mutex. AddPools, AddPurgeList and
-/// SetDbFile lock nothing: call them while no other thread uses the manager.
+/// (SetMemoryLimit), purge-list item locks, the manager mutex, then the tracking mutex and the
+/// purge list's statistics mutex. A free list's head lock is taken alone (recycling a block and
+/// freeing a bin block need nothing else), or after the locks above, never before them.
+/// AddPools, AddPurgeList and SetDbFile lock nothing: call them while no other thread uses
+/// the manager.
 class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>,
                                             public TPXBasMemCacheManager {
  public:
@@ -144,7 +146,8 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   // State, read without locks.
   unsigned int MemoryLimit() const { return m_memoryLimit.load(std::memory_order_relaxed); }
   unsigned int MemoryCurrent() const { return m_memoryCurrent.load(std::memory_order_relaxed); }
-  unsigned int FreeListBytes() const { return m_freeListBytes.load(std::memory_order_relaxed); }
+  /// Bytes on all free lists (the bins count them separately; this sums them).
+  unsigned int FreeListBytes() const;
   unsigned int MemoryHighMark() const { return m_memoryHighMark.load(std::memory_order_relaxed); }
   unsigned int MemoryLowMark() const { return m_memoryLowMark.load(std::memory_order_relaxed); }
   unsigned int ReserveCap() const { return m_reserveCap.load(std::memory_order_relaxed); }
@@ -171,18 +174,27 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   TPXBasCamCacheManager(const TPXBasCamCacheManager&) = delete;
   TPXBasCamCacheManager& operator=(const TPXBasCamCacheManager&) = delete;
 
+  friend class TPXBasCamPool;
+  struct BinRecord;
+
 // Internal steps bind inside the library (no lookup through the exported symbol table).
 #define KLD_CAM_INTERNAL __attribute__((visibility("hidden")))
+  KLD_CAM_INTERNAL void* DoAlloc(unsigned int size, unsigned int& blockSize);
+  KLD_CAM_INTERNAL void* AllocSlow(int bin, unsigned int size, unsigned int& blockSize);
+  KLD_CAM_INTERNAL void* HandOut(TPXBasCamBinHeader* header, int bin, unsigned int allocSize);
+  KLD_CAM_INTERNAL unsigned int DoFree(void* block);
+  KLD_CAM_INTERNAL __attribute__((noinline)) unsigned int FreeLarge(TPXBasCamBinHeader* header);
+  KLD_CAM_INTERNAL BinRecord& Record(int bin) const;
   KLD_CAM_INTERNAL void Release();  // frees everything the constructor or the manager made
   KLD_CAM_INTERNAL void ComputeThresholds();
   KLD_CAM_INTERNAL int BinOf(unsigned int size) const;
   KLD_CAM_INTERNAL unsigned int BlockSizeOf(int bin, unsigned int size) const;
-  KLD_CAM_INTERNAL TPXBasCamBinHeader* GetHeader(int bin);
+  KLD_CAM_INTERNAL TPXBasCamBinHeader* GetHeader(int bin, bool countAlloc);
   KLD_CAM_INTERNAL void ReturnHeader(TPXBasCamBinHeader* header, int bin);
   KLD_CAM_INTERNAL TPXBasCamBinHeader* HostBlock(unsigned int allocSize, unsigned int ceiling);
   KLD_CAM_INTERNAL void GiveBack(TPXBasCamBinHeader* header);
   KLD_CAM_INTERNAL TPXBasCamBinHeader* TryFreeMemory(int bin, unsigned int allocSize, bool& fresh,
-                                                     unsigned int ceiling);
+                                                     unsigned int ceiling, bool countAlloc);
   KLD_CAM_INTERNAL void TrackMaxPoint();
   KLD_CAM_INTERNAL void PurgeTrigger();
   KLD_CAM_INTERNAL bool PurgePass(bool inPurgeThread);
@@ -194,7 +206,6 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   FILE* m_dbFile;
   std::atomic<unsigned int> m_memoryLimit;
   std::atomic<unsigned int> m_memoryCurrent;
-  std::atomic<unsigned int> m_freeListBytes;
   TPXBasAtiMutex* m_mutex;
   double m_highPercentage;
   double m_lowPercentage;
@@ -209,7 +220,8 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   int m_numPools;
   TPXBasCamBinHeader* m_binHead[kMostBins];
   TPXBasCamBinHeader* m_binTail[kMostBins];
-  unsigned int m_binBlockSize[kMostBins];  // whole block size of each bin in use
+  BinRecord* m_bins;  // per bin: sentinels, counters; each on cache lines of its own
+  void* m_binMemory;  // the allocation that holds m_bins
   int m_numBins;
   TPXBasAtiCondVar* m_purgeCondVar;
   TPXBasAtiMutex* m_exhaustedMutex;

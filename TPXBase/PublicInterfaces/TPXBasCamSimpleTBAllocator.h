@@ -41,9 +41,35 @@ class KLDTPXBAS_API TPXBasCamSimpleTBAllocator : public TPXBasAllocatorBase {
 
   /// allocated = size, always.
   void* Alloc(unsigned int size, unsigned int& allocated) override;
-  void* Alloc(unsigned int size) override;
-  /// Only pointers this allocator returned, or null.
-  void Free(void* block) override;
+  /// The first element after the free pointer that fits serves the request inline; the rest
+  /// of the search, new chunks and large blocks are taken out of line.
+  void* Alloc(unsigned int size) override {
+    TPXBasCamTBHeader* prev = m_free;
+    if (prev != nullptr && size < kLargeThreshold - kUnit) {
+      int units = static_cast<int>(m_fixed ? m_blockUnits : (size + 2 * kUnit - 1) / kUnit);
+      TPXBasCamTBHeader* p = prev->m_link;
+      if (p->m_size >= units) return Take(prev, p, units);
+    }
+    return AllocSearch(size);
+  }
+  /// Only pointers this allocator returned, or null. In fixed-size mode a block that belongs
+  /// right after the free pointer, or one element further, is linked in inline.
+  void Free(void* block) override {
+    TPXBasCamTBHeader* p = m_free;
+    TPXBasCamTBHeader* bp = static_cast<TPXBasCamTBHeader*>(block);
+    if (m_fixed && bp-- != nullptr && p != nullptr && bp->m_link != nullptr) {
+      for (int step = 0; step < 2; ++step, p = p->m_link) {
+        TPXBasCamTBHeader* next = p->m_link;
+        if (bp > p && bp < next) {
+          bp->m_link = next;
+          p->m_link = bp;
+          m_free = p;
+          return;
+        }
+      }
+    }
+    FreeSearch(block);
+  }
   /// Returns its own large-block allocator.
   const TPXBasAllocator& LargeBlockAllocator(const TPXBasAllocator& fallback) const override;
   void* allocate(unsigned int size, const void* hint) override;
@@ -56,6 +82,22 @@ class KLDTPXBAS_API TPXBasCamSimpleTBAllocator : public TPXBasAllocatorBase {
  private:
   void Setup(bool fixed, unsigned int blockSize, unsigned int chunkUnits);
   TPXBasCamTBHeader* MoreCore(unsigned int units);
+  void* AllocSearch(unsigned int size);
+  void FreeSearch(void* block);
+  /// Hands out units taken from the free element p (prev is the element before it): all of
+  /// it when it has exactly that many, otherwise its tail.
+  void* Take(TPXBasCamTBHeader* prev, TPXBasCamTBHeader* p, int units) {
+    if (p->m_size == units) {
+      prev->m_link = p->m_link;
+    } else {
+      p->m_size -= units;
+      p += p->m_size;
+      p->m_size = units;
+    }
+    m_free = prev;
+    p->m_link = p;
+    return p + 1;
+  }
 
   TPXBasCamTBHeader* m_free;
   TPXBasCamTBHeader m_base;

@@ -1,51 +1,46 @@
 // Cache manager: bins and block sizes, recycling, limits and thresholds, purging from the
-// allocating thread, host failures and the environment.
+// allocating thread, host failures, the environment and its messages.
 #include "cam_TestSupport.h"
 
+#include <thread>
 #include <vector>
 
 namespace {
 
 using TPXBasCamCacheManagerTest = cam_test::FreshManager;
-
 using cam_test::CountingHandler;
-using cam_test::FreshManager;
 using cam_test::Manager;
 using cam_test::PoolItem;
 
-struct BinRow {
-  const char* bins;
-  const char* alignment;
-  unsigned int size;
-  int bin;
-  unsigned int block;
-};
+TPXBasAtiMutex* MutexOf(void* p) {
+  return reinterpret_cast<TPXBasCamBinHeader*>(static_cast<char*>(p) - 32)->m_mutex;
+}
 
 TEST_F(TPXBasCamCacheManagerTest, RequestsLandInTheirBinWithTheirBlockSize) {
-  const BinRow rows[] = {
-      {nullptr, nullptr, 1, 0, 4128},
-      {nullptr, nullptr, 4096, 0, 4128},
-      {nullptr, nullptr, 4097, 1, 8224},
-      {nullptr, nullptr, 8193, 2, 12320},
-      {nullptr, nullptr, 12289, 3, 16416},
-      {nullptr, nullptr, 16385, 4, 24608},
-      {nullptr, nullptr, 786433, 15, 1048608},
+  struct {
+    const char *bins, *alignment;
+    unsigned int size;
+    int bin;
+    unsigned int block;
+  } rows[] = {
+      // clang-format off
+      {nullptr, nullptr, 4096, 0, 4128},  {nullptr, nullptr, 4097, 1, 8224},
+      {nullptr, nullptr, 8193, 2, 12320}, {nullptr, nullptr, 16385, 4, 24608},
       {nullptr, nullptr, 1048576, 15, 1048608},
       {nullptr, nullptr, 1048577, 16, 1052704},  // large with 16 bins: page-rounded
       {"18", nullptr, 1048577, 16, 1572896},     // 384 pages
       {"18", nullptr, 2097152, 17, 2097184},     // 512 pages, the last bin
       {"30", nullptr, 2097153, 18, 2101280},     // more than 18 bins count as 18
-      {"0", nullptr, 10, 0, 4128},               // no bins: every request is large
-      {"-3", nullptr, 10, 0, 4128},              // negative: no bins either
+      {"0", nullptr, 10, 0, 4128},  {"-3", nullptr, 10, 0, 4128},  // no bins: all large
       {nullptr, "64", 1048644, 15, 1048676},     // the alignment allowance
       {nullptr, "64", 1048645, 16, 1052704},     // one byte past it: large
-      {nullptr, "64", 4096, 0, 4128},            // only the last bin grows
-      {nullptr, "64", 786433, 15, 1048676},
+      {nullptr, "64", 786433, 15, 1048676},      // every last-bin block grows
+      {nullptr, "64", 4096, 0, 4128},
+      // clang-format on
   };
-  for (const BinRow& row : rows) {
-    SCOPED_TRACE(testing::Message()
-                 << "bins " << (row.bins ? row.bins : "-") << " alignment "
-                 << (row.alignment ? row.alignment : "-") << " size " << row.size);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << (row.bins ? row.bins : "-") << " bins, alignment "
+                                    << (row.alignment ? row.alignment : "-") << ", " << row.size);
     Manager::Finalize();
     TPXBasCamCacheManager& cm = Make(row.bins, row.alignment);
     EXPECT_EQ(row.bin, cm.GetBin(row.size));
@@ -53,231 +48,164 @@ TEST_F(TPXBasCamCacheManagerTest, RequestsLandInTheirBinWithTheirBlockSize) {
     void* p = cm.Alloc(row.size, block);
     ASSERT_NE(nullptr, p);
     EXPECT_EQ(row.block, block);
-    EXPECT_EQ(row.block, cm.AllocSize(p));
     EXPECT_EQ(row.block - 32, cm.ActualSizeForUse(p));
     EXPECT_EQ(0u, reinterpret_cast<unsigned long>(p) % 16) << "user data is 16-byte aligned";
     static_cast<char*>(p)[row.size - 1] = 'x';  // the whole request is usable
     EXPECT_EQ(row.block, cm.Free(p));
+    EXPECT_EQ(row.block, cm.FreeListBytes() + (row.bin >= cm.NumBins() ? row.block : 0));
   }
-}
-
-TEST_F(TPXBasCamCacheManagerTest, BinCapacitiesFollowThePageSteps) {
   const unsigned int pages[] = {1,  2,  3,  4,  6,   8,   12,  16,  24,
                                 32, 48, 64, 96, 128, 192, 256, 384, 512};
-  for (int b = 0; b < 18; ++b) EXPECT_EQ(pages[b] * 4096ull, TPXBasCamCacheManager::BinCapacity(b));
+  Manager::Finalize();
   TPXBasCamCacheManager& cm = Make("18");
   for (int b = 0; b < 18; ++b) {
+    EXPECT_EQ(pages[b] * 4096ull, TPXBasCamCacheManager::BinCapacity(b));
     EXPECT_EQ(b, cm.GetBin(pages[b] * 4096)) << "a full class fits its own bin";
     EXPECT_EQ(b + 1, cm.GetBin(pages[b] * 4096 + 1)) << "one byte more moves up";
   }
 }
 
-TEST_F(TPXBasCamCacheManagerTest, ZeroBytesGiveNullAndStillCount) {
+TEST_F(TPXBasCamCacheManagerTest, RecyclingIsLastInFirstOutAndKeepsTheBooks) {
   TPXBasCamCacheManager& cm = Make();
   unsigned int block = 77;
   EXPECT_EQ(nullptr, cm.Alloc(0, block));
   EXPECT_EQ(0u, block);
-  EXPECT_EQ(1u, cm.AllocCount());
-  EXPECT_EQ(0u, cm.Free(nullptr));
-  EXPECT_EQ(0u, cm.AllocSize(nullptr));
-  EXPECT_EQ(0u, cm.ActualSizeForUse(nullptr));
-  EXPECT_EQ(0u, cm.MemoryCurrent());
-}
-
-TEST_F(TPXBasCamCacheManagerTest, FreedBlocksComeBackLastInFirstOutWithTheirMutex) {
-  TPXBasCamCacheManager& cm = Make();
-  unsigned int block = 0;
+  EXPECT_EQ(0u, cm.Free(nullptr) + cm.AllocSize(nullptr) + cm.ActualSizeForUse(nullptr));
   void* a = cm.Alloc(5000, block);
   void* b = cm.Alloc(6000, block);
-  TPXBasAtiMutex* mutexOfA =
-      reinterpret_cast<TPXBasCamBinHeader*>(static_cast<char*>(a) - 32)->m_mutex;
-  long acquires = mem_Testing::AcquireCount();
-  long releases = mem_Testing::ReleaseCount();
-  EXPECT_EQ(2 * 8224u, cm.MemoryCurrent());
-  cm.Free(b);
+  TPXBasAtiMutex* mutexOfA = MutexOf(a);
+  long acquires = mem_Testing::AcquireCount(), releases = mem_Testing::ReleaseCount();
+  // Counts made by a thread that has ended still count.
+  std::thread([&] { cm.Free(b); }).join();
   cm.Free(a);
   EXPECT_EQ(releases + 2, mem_Testing::ReleaseCount());
   EXPECT_EQ(2 * 8224u, cm.FreeListBytes());
   EXPECT_EQ(2 * 8224u, cm.MemoryCurrent()) << "a bin block stays with the manager";
   void* again = cm.Alloc(4097, block);
   EXPECT_EQ(a, again) << "the last block freed is the first reused";
-  EXPECT_EQ(mutexOfA,
-            reinterpret_cast<TPXBasCamBinHeader*>(static_cast<char*>(again) - 32)->m_mutex);
-  EXPECT_EQ(acquires + 1, mem_Testing::AcquireCount());
+  EXPECT_EQ(mutexOfA, MutexOf(again));
   EXPECT_EQ(b, cm.Alloc(8192, block));
   EXPECT_EQ(acquires + 2, mem_Testing::AcquireCount());
-  EXPECT_EQ(0u, cm.FreeListBytes());
   void* third = cm.Alloc(4097, block);
   EXPECT_EQ(acquires + 2, mem_Testing::AcquireCount()) << "a fresh block is not acquired";
-  cm.Free(a);
-  cm.Free(b);
-  cm.Free(third);
-  cm.ClearFreeList();
-  EXPECT_EQ(0u, cm.MemoryCurrent());
-  EXPECT_EQ(0u, cm.FreeListBytes());
-}
+  EXPECT_EQ(6u, cm.AllocCount()) << "every call, 0 bytes and recycled blocks included";
 
-TEST_F(TPXBasCamCacheManagerTest, LargeBlocksGoBackAtOnce) {
-  TPXBasCamCacheManager& cm = Make();
-  unsigned int block = 0;
   void* big = cm.Alloc(1048577, block);
-  EXPECT_EQ(1052704u, cm.MemoryCurrent());
-  long releases = mem_Testing::ReleaseCount();
+  EXPECT_EQ(3 * 8224u + 1052704u, cm.MemoryCurrent());
   EXPECT_EQ(1052704u, cm.Free(big));
-  EXPECT_EQ(0u, cm.MemoryCurrent());
-  EXPECT_EQ(0u, cm.FreeListBytes());
-  EXPECT_EQ(releases, mem_Testing::ReleaseCount());
+  EXPECT_EQ(3 * 8224u, cm.MemoryCurrent()) << "a large block goes back at once";
+  EXPECT_EQ(releases + 2, mem_Testing::ReleaseCount());
+  for (void* p : {a, b, third}) cm.Free(p);
+  cm.ClearFreeList();
+  EXPECT_EQ(0u, cm.MemoryCurrent() + cm.FreeListBytes());
 }
 
 TEST_F(TPXBasCamCacheManagerTest, ThresholdsFollowTheLimitAndFractions) {
   TPXBasCamCacheManager& cm = Make();
-  EXPECT_EQ(20971520u, cm.MemoryLimit());
-  EXPECT_EQ(16777216u, cm.MemoryHighMark());
-  EXPECT_EQ(12582912u, cm.MemoryLowMark());
-  EXPECT_EQ(3355443u, cm.ReserveCap());
-  cm.SetPurgePercentage(0.9, 0.5);
-  EXPECT_EQ(18874368u, cm.MemoryHighMark());
-  EXPECT_EQ(10485760u, cm.MemoryLowMark());
-  EXPECT_EQ(3774873u, cm.ReserveCap());
-  cm.SetMemoryLimit(4000000000u);
-  EXPECT_EQ(4000000000u, cm.MemoryLimit());
-  EXPECT_EQ(524288000u, cm.ReserveCap()) << "the reserve is capped at 500 MB";
-  cm.SetMemoryLimit(1000000);
-  EXPECT_EQ(1000000u, cm.MemoryLimit());
-  EXPECT_EQ(900000u, cm.MemoryHighMark());
+  struct {
+    unsigned int limit, high, low, reserve;
+  } expected[] = {{20971520, 16777216, 12582912, 3355443},
+                  {20971520, 18874368, 10485760, 3774873},             // fractions 0.9 and 0.5
+                  {4000000000u, 3600000000u, 2000000000u, 524288000},  // reserve capped
+                  {1000000, 900000, 500000, 180000}};
+  for (int step = 0; step < 4; ++step) {
+    if (step == 1) cm.SetPurgePercentage(0.9, 0.5);
+    if (step > 1) cm.SetMemoryLimit(expected[step].limit);
+    SCOPED_TRACE(step);
+    EXPECT_EQ(expected[step].limit, cm.MemoryLimit());
+    EXPECT_EQ(expected[step].high, cm.MemoryHighMark());
+    EXPECT_EQ(expected[step].low, cm.MemoryLowMark());
+    EXPECT_EQ(expected[step].reserve, cm.ReserveCap());
+  }
 }
 
-TEST_F(TPXBasCamCacheManagerTest, CachedBlocksOfHigherBinsGoBackBeforeTheHighMarkIsPassed) {
-  TPXBasCamCacheManager& cm = Make();
-  cm.SetMemoryLimit(200000);  // high mark 160000
-  unsigned int block = 0;
-  std::vector<void*> small;
-  for (int i = 0; i < 6; ++i) small.push_back(cm.Alloc(20000, block));  // bin 4, 24608 each
-  for (void* p : small) cm.Free(p);
-  ASSERT_EQ(6 * 24608u, cm.FreeListBytes());
-  void* big = cm.Alloc(40000, block);  // bin 6, 49184: two cached blocks must go
-  ASSERT_NE(nullptr, big);
-  EXPECT_EQ(4 * 24608u, cm.FreeListBytes());
-  EXPECT_EQ(4 * 24608u + 49184u, cm.MemoryCurrent());
-  EXPECT_LE(cm.MemoryCurrent(), cm.MemoryHighMark());
-  EXPECT_EQ(0u, cm.PendingRequest());
-  cm.Free(big);
-}
-
-TEST_F(TPXBasCamCacheManagerTest, AnAllocationAboveTheHighMarkRefillsTheReserveByPurging) {
+TEST_F(TPXBasCamCacheManagerTest, PassingTheHighMarkRefillsTheReserveThenPurgingRunsOut) {
   TPXBasCamCacheManager& cm = Make();
   cm.SetMemoryLimit(200000);  // high 160000, reserve cap 32000
-  cm.AddPools(1, std::vector<const char*>{"p"}.data());
-  TPXBasCamPool* pool = cm.GetPool(0);
+  TPXBasCamPool* pool = OnePool(cm);
   int list = cm.AddPurgeList(1);
   PoolItem first(pool, 20000), second(pool, 20000), third(pool, 20000);
-  cm.AddItem(list, TPXBasCamCacheAppend, &first, &first);
-  cm.AddItem(list, TPXBasCamCacheAppend, &second, &second);
-  cm.AddItem(list, TPXBasCamCacheAppend, &third, &third);
+  for (PoolItem* item : {&first, &second, &third})
+    cm.AddItem(list, TPXBasCamCacheAppend, item, item);
   std::vector<void*> held;
   for (int i = 0; i < 3; ++i) held.push_back(pool->Alloc(20000));
   ASSERT_EQ(6 * 24608u, cm.MemoryCurrent());
-  EXPECT_FALSE(cm.PurgeExhausted());
 
   // Above the high mark but within the limit: the block is given, then purging refills the
   // free lists to 1.2 x the reserve cap (38400 bytes: two items).
-  void* big = pool->Alloc(40000);
-  ASSERT_NE(nullptr, big);
-  EXPECT_EQ(1, first.purges);
-  EXPECT_EQ(1, second.purges);
+  held.push_back(pool->Alloc(40000));
+  EXPECT_EQ(2, first.purges + second.purges);
   EXPECT_EQ(0, third.purges);
   EXPECT_EQ(2 * 24608u, cm.FreeListBytes());
-  EXPECT_EQ(6 * 24608u + 49184u, cm.MemoryCurrent());
-
-  // Past the high mark again: the cached blocks go back to the host to make room within the
+  // Past the high mark again: cached blocks go back to the host to make room within the
   // limit, and the reserve is refilled from the last item.
-  void* more = pool->Alloc(40000);
-  ASSERT_NE(nullptr, more);
+  held.push_back(pool->Alloc(40000));
   EXPECT_EQ(1, third.purges);
   EXPECT_EQ(24608u, cm.FreeListBytes());
   EXPECT_EQ(4 * 24608u + 2 * 49184u, cm.MemoryCurrent());
 
-  // Beyond anything purging can give: the last item goes, then the handler is told.
+  // Beyond anything purging can give: the handler is told, and nothing is left pending.
   int calls = 0;
   cm.SetErrorHandler(new CountingHandler(&calls));
   unsigned int block = 123;
   EXPECT_EQ(nullptr, cm.Alloc(150000, block));
   EXPECT_EQ(0u, block);
   EXPECT_EQ(1, calls);
-  EXPECT_EQ(1, third.purges);
   EXPECT_TRUE(cm.PurgeExhausted());
   EXPECT_EQ(0u, cm.PendingRequest());
   EXPECT_EQ(3 * 24608u + 2 * 49184u, cm.MemoryCurrent()) << "only blocks in use remain";
   EXPECT_EQ(0u, cm.FreeListBytes());
-  EXPECT_EQ(1, first.purges + second.purges - third.purges) << "nobody is purged twice";
+  EXPECT_EQ(3, first.purges + second.purges + third.purges) << "nobody purged twice";
   for (void* p : held) pool->Free(p);
-  pool->Free(big);
-  pool->Free(more);
 }
 
 TEST_F(TPXBasCamCacheManagerTest, LoweringTheLimitPurgesOrKeepsTheOldLimit) {
   TPXBasCamCacheManager& cm = Make();
-  cm.AddPools(1, std::vector<const char*>{"p"}.data());
-  TPXBasCamPool* pool = cm.GetPool(0);
+  TPXBasCamPool* pool = OnePool(cm);
   int list = cm.AddPurgeList(1);
   PoolItem cached(pool, 100000);  // bin 9: 131104 bytes
   cm.AddItem(list, TPXBasCamCacheAppend, &cached, &cached);
   void* kept = pool->Alloc(100000);
-  void* spare = pool->Alloc(100000);
-  pool->Free(spare);  // on the free list
-  ASSERT_EQ(3 * 131104u, cm.MemoryCurrent());
-
-  cm.SetMemoryLimit(200000);  // the free list goes, then the item
+  pool->Free(pool->Alloc(100000));  // on a free list
+  cm.SetMemoryLimit(200000);        // the free list goes, then the item
   EXPECT_EQ(200000u, cm.MemoryLimit());
   EXPECT_EQ(1, cached.purges);
   EXPECT_EQ(131104u, cm.MemoryCurrent());
   EXPECT_EQ(0u, cm.PendingRequest()) << "the request of the limit change is withdrawn";
-
   cm.SetMemoryLimit(100000);  // below what is in use and nothing left to purge
   EXPECT_EQ(200000u, cm.MemoryLimit());
   EXPECT_EQ(160000u, cm.MemoryHighMark());
-  EXPECT_EQ(131104u, cm.MemoryCurrent());
   pool->Free(kept);
   cm.SetMemoryLimit(100000);
   EXPECT_EQ(100000u, cm.MemoryLimit());
   EXPECT_EQ(0u, cm.MemoryCurrent());
 }
 
-TEST_F(TPXBasCamCacheManagerTest, DefaultOutOfMemoryReportAndHandlerOwnership) {
+TEST_F(TPXBasCamCacheManagerTest, MessagesOnTheStandardErrorStream) {
+  testing::internal::CaptureStderr();
+  TPXBasCamCacheManager& tuned = Make(nullptr, nullptr, "50");
+  EXPECT_EQ("current cache manager maximum point tracking tolerance 50 MB",
+            testing::internal::GetCapturedStderr());
+  EXPECT_EQ(52428800u, tuned.TrackingTolerance());
+  Manager::Finalize();
+  testing::internal::CaptureStderr();
   TPXBasCamCacheManager& cm = Make();
+  EXPECT_EQ(104857600u, cm.TrackingTolerance());
   cm.SetMemoryLimit(10000);
   unsigned int block = 1;
-  testing::internal::CaptureStderr();
   EXPECT_EQ(nullptr, cm.Alloc(20000, block));
   EXPECT_EQ(
       "Error: program out of memory!\n"
       "       please set a break point at TPXBasCamMemoryErrorHandler::OutOfMemory() for more "
       "information\n",
       testing::internal::GetCapturedStderr());
-  EXPECT_EQ(0u, block);
   int calls = 0;
   cm.SetErrorHandler(new CountingHandler(&calls));
   cm.SetErrorHandler(new CountingHandler(&calls));  // the first is deleted (ASan checks)
   EXPECT_EQ(nullptr, cm.Alloc(20000, block));
   EXPECT_EQ(1, calls);
-}
-
-TEST_F(TPXBasCamCacheManagerTest, TrackingToleranceComesFromTheEnvironment) {
-  testing::internal::CaptureStderr();
-  TPXBasCamCacheManager& cm = Make(nullptr, nullptr, "50");
-  EXPECT_EQ("current cache manager maximum point tracking tolerance 50 MB",
-            testing::internal::GetCapturedStderr());
-  EXPECT_EQ(52428800u, cm.TrackingTolerance());
-  Manager::Finalize();
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(104857600u, Make().TrackingTolerance());
-  EXPECT_EQ("", testing::internal::GetCapturedStderr());
-}
-
-TEST_F(TPXBasCamCacheManagerTest, FinalizeRegistersAndReleases) {
-  Make();
   EXPECT_TRUE(mem_Testing::RegistryHas(typeid(TPXBasCamCacheManager).name()));
-  EXPECT_EQ(&Manager::Instance(), TPXBasMemCacheManager::Current());
+  EXPECT_EQ(&cm, TPXBasMemCacheManager::Current());
   Manager::Finalize();
   EXPECT_FALSE(mem_Testing::RegistryHas(typeid(TPXBasCamCacheManager).name()));
   EXPECT_EQ(nullptr, TPXBasMemCacheManager::Current());
@@ -304,11 +232,7 @@ TEST_F(TPXBasCamCacheManagerTest, HostFailuresAtEveryStepKeepTheBooks) {
         unsigned int whole = 7;
         void* p = cm.Alloc(size, whole);
         EXPECT_EQ(p == nullptr, whole == 0u);
-        if (p != nullptr) {
-          EXPECT_EQ(whole, cm.AllocSize(p));
-          static_cast<char*>(p)[size - 1] = 1;
-          got.push_back(p);
-        }
+        if (p != nullptr) got.push_back(p);
       }
       unsigned int handedOut = cm.AllocSize(inUse);
       for (void* p : got) handedOut += cm.AllocSize(p);
@@ -317,7 +241,6 @@ TEST_F(TPXBasCamCacheManagerTest, HostFailuresAtEveryStepKeepTheBooks) {
       EXPECT_EQ(4 - static_cast<int>(got.size()), calls);
       for (void* p : got) cm.Free(p);
     }
-    EXPECT_EQ(cm.AllocSize(inUse) + cm.FreeListBytes(), cm.MemoryCurrent());
     void* after = cm.Alloc(20000, block);
     EXPECT_NE(nullptr, after) << "the manager works once the host does";
     cm.Free(after);
@@ -328,25 +251,24 @@ TEST_F(TPXBasCamCacheManagerTest, HostFailuresAtEveryStepKeepTheBooks) {
 }
 
 TEST_F(TPXBasCamCacheManagerTest, AFailedCreationLeavesNoManager) {
-  bool failedOnce = false;
+  int failures = 0;
   for (long succeed = 0; succeed < 80; ++succeed) {
     Manager::Finalize();
     kld_test::AllocationFailureGuard failing(succeed);
     try {
       Make();
     } catch (const std::bad_alloc&) {
-      failedOnce = true;
+      ++failures;
       EXPECT_FALSE(mem_Testing::RegistryHas(typeid(TPXBasCamCacheManager).name()));
     }
   }
-  EXPECT_TRUE(failedOnce);
+  EXPECT_GT(failures, 0);
   mem_Testing::FailAllocationsAfter(-1);
   Manager::Finalize();
   unsigned int block = 0;
   TPXBasCamCacheManager& cm = Make();
-  void* p = cm.Alloc(100, block);
-  EXPECT_NE(nullptr, p);
-  cm.Free(p);
+  cm.Free(cm.Alloc(100, block));
+  EXPECT_EQ(4128u, cm.FreeListBytes());
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 namespace cam_test {
 
 using Manager = TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>;
+using Log = std::vector<std::string>;
 
 /// Every test starts from no manager and leaves none behind; Make() creates one under the
 /// environment given (null: the variable is unset).
@@ -31,27 +32,27 @@ class FreshManager : public ::testing::Test {
     kld_test::ScopedEnv t("KAL_CAM_TRACKINGTOL", tolerance);
     return Manager::Instance();
   }
+  static TPXBasCamPool* OnePool(TPXBasCamCacheManager& cm) {
+    const char* names[] = {"p"};
+    return cm.GetPool(cm.AddPools(1, names));
+  }
 };
 
 /// An item that logs its purge and reports chosen sizes.
 class LoggingItem : public TPXBasCamMemoryItem {
  public:
-  LoggingItem(std::vector<std::string>* log, std::string name, unsigned int bulk,
-              unsigned int freed)
+  LoggingItem(Log* log, std::string name, unsigned int bulk, unsigned int freed)
       : m_log(log), m_name(std::move(name)), m_bulk(bulk), m_freed(freed) {}
   unsigned int BulkSize() const override { return m_bulk; }
   unsigned int FreeBulkData() override {
     m_log->push_back(m_name);
-    ++purges;
     return m_freed;
   }
-  int purges = 0;
 
  private:
-  std::vector<std::string>* m_log;
+  Log* m_log;
   std::string m_name;
-  unsigned int m_bulk;
-  unsigned int m_freed;
+  unsigned int m_bulk, m_freed;
 };
 
 /// An item whose bulk data is a block of a pool; purging gives it back to the pool.
@@ -66,7 +67,6 @@ class PoolItem : public TPXBasCamMemoryItem {
     ++purges;
     return freed;
   }
-  void* data() const { return m_data; }
   int purges = 0;
 
  private:
@@ -102,6 +102,17 @@ class MemoryFile {
   char* m_buffer = nullptr;
   std::size_t m_size = 0;
   FILE* m_file;
+};
+
+/// The fourteen outputs of MemorySummary.
+struct Summary {
+  unsigned int current, freeList, *poolCurrent, *poolAtMax, *poolStaged, *poolMax, *listCurrent,
+      *listAtMax, *binCurrent, *binAtMax, allocsAtMax;
+  int pools, lists, bins;
+  explicit Summary(TPXBasCamCacheManager& cm) {
+    cm.MemorySummary(current, freeList, pools, poolCurrent, poolAtMax, poolStaged, poolMax, lists,
+                     listCurrent, listAtMax, bins, binCurrent, binAtMax, allocsAtMax);
+  }
 };
 
 }  // namespace cam_test

@@ -9,6 +9,8 @@
 #include "TPXBasMemAllocator.h"
 #include "mem_Alloc.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -17,12 +19,6 @@ template class TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>;
 
 namespace {
 
-// Subtracts without wrapping: counters that started while blocks were already cached (the
-// statistics stream set late) must not turn into huge values.
-inline void Lower(unsigned int& counter, unsigned int by) {
-  counter = counter > by ? counter - by : 0;
-}
-
 // The counters change only under m_mutex and are read without it: a plain load and store
 // suffice for the writer, without a locked read-modify-write.
 inline void Add(std::atomic<unsigned int>& counter, unsigned int by) {
@@ -30,6 +26,20 @@ inline void Add(std::atomic<unsigned int>& counter, unsigned int by) {
 }
 inline void Sub(std::atomic<unsigned int>& counter, unsigned int by) {
   counter.store(counter.load(std::memory_order_relaxed) - by, std::memory_order_relaxed);
+}
+
+// The bins' statistics counters (kept while a statistics stream is set) change under their
+// bin's lock and are read by the maximum-point snapshot under the manager mutex. They never
+// go below 0: counting may start while blocks are already cached (the stream set late).
+inline unsigned int LoadStat(const unsigned int& counter) {
+  return __atomic_load_n(&counter, __ATOMIC_RELAXED);
+}
+inline void AddStat(unsigned int& counter, unsigned int by) {
+  __atomic_store_n(&counter, LoadStat(counter) + by, __ATOMIC_RELAXED);
+}
+inline void LowerStat(unsigned int& counter, unsigned int by) {
+  unsigned int value = LoadStat(counter);
+  __atomic_store_n(&counter, value > by ? value - by : 0, __ATOMIC_RELAXED);
 }
 
 TPXBasAtiMutex* NewMutex() {
@@ -48,11 +58,32 @@ TPXBasCamBinHeader::~TPXBasCamBinHeader() { delete m_mutex; }
 static_assert(sizeof(TPXBasCamBinHeader) <= TPXBasCamCacheManager::kHeaderSize,
               "a block header fits in front of the caller's data");
 
+// Everything a push or pop of one bin writes: the sentinels of its free list and the counters
+// kept under the head sentinel's lock. Each record starts a 128-byte aligned stretch of its
+// own, so two bins never write the same cache line (nor the same pair of lines, which
+// processors fetch together) and threads working in different bins do not slow each other.
+struct TPXBasCamCacheManager::BinRecord {
+  TPXBasCamBinHeader head;
+  TPXBasCamBinHeader tail;
+  std::atomic<unsigned int> freeBytes{0};  // sizes of the blocks on this free list
+  std::atomic<unsigned int> allocs{0};     // Alloc calls served from this free list
+  unsigned int blockSize = 0;              // whole block size of the bin
+};
+
+namespace {
+constexpr std::size_t kBinStride = 128;
+}  // namespace
+
+inline TPXBasCamCacheManager::BinRecord& TPXBasCamCacheManager::Record(int bin) const {
+  static_assert(sizeof(BinRecord) <= kBinStride, "a bin record fits in its stride");
+  return *reinterpret_cast<BinRecord*>(reinterpret_cast<char*>(m_bins) +
+                                       static_cast<std::size_t>(bin) * kBinStride);
+}
+
 TPXBasCamCacheManager::TPXBasCamCacheManager()
     : m_dbFile(nullptr),
       m_memoryLimit(kDefaultLimit),
       m_memoryCurrent(0),
-      m_freeListBytes(0),
       m_mutex(nullptr),
       m_highPercentage(0.8),
       m_lowPercentage(0.6),
@@ -67,7 +98,8 @@ TPXBasCamCacheManager::TPXBasCamCacheManager()
       m_numPools(0),
       m_binHead(),
       m_binTail(),
-      m_binBlockSize(),
+      m_bins(nullptr),
+      m_binMemory(nullptr),
       m_numBins(0),
       m_purgeCondVar(nullptr),
       m_exhaustedMutex(nullptr),
@@ -125,12 +157,21 @@ TPXBasCamCacheManager::TPXBasCamCacheManager()
       std::fprintf(stderr, "current cache manager maximum point tracking tolerance %d MB", mb);
       m_trackingTolerance = static_cast<unsigned int>(mb) * 1048576u;
     }
+    if (m_numBins > 0) {
+      m_binMemory = mem_Malloc(static_cast<std::size_t>(m_numBins + 1) * kBinStride);
+      if (m_binMemory == nullptr) throw std::bad_alloc();
+      std::uintptr_t at = reinterpret_cast<std::uintptr_t>(m_binMemory);
+      m_bins = reinterpret_cast<BinRecord*>((at + kBinStride - 1) / kBinStride * kBinStride);
+    }
     for (int b = 0; b < m_numBins; ++b) {
-      m_binBlockSize[b] = static_cast<unsigned int>(BinCapacity(b)) + kHeaderSize;
+      BinRecord* record =
+          new (reinterpret_cast<char*>(m_bins) + static_cast<std::size_t>(b) * kBinStride)
+              BinRecord;
+      record->blockSize = static_cast<unsigned int>(BinCapacity(b)) + kHeaderSize;
       if (b == m_numBins - 1 && m_alignment > 0)
-        m_binBlockSize[b] += static_cast<unsigned int>(m_alignment) + 4;
-      m_binHead[b] = new TPXBasCamBinHeader;
-      m_binTail[b] = new TPXBasCamBinHeader;
+        record->blockSize += static_cast<unsigned int>(m_alignment) + 4;
+      m_binHead[b] = &record->head;
+      m_binTail[b] = &record->tail;
       m_binHead[b]->m_next = m_binTail[b];
       m_binTail[b]->m_prev = m_binHead[b];
     }
@@ -147,18 +188,19 @@ void TPXBasCamCacheManager::Release() {
   delete m_purgeList;
   m_purgeList = nullptr;
   for (int b = 0; b < kMostBins; ++b) {
-    if (m_binHead[b] != nullptr && m_binTail[b] != nullptr) {
-      for (TPXBasCamBinHeader* h = m_binHead[b]->m_next; h != m_binTail[b];) {
-        TPXBasCamBinHeader* next = h->m_next;
-        delete h->m_mutex;
-        m_hostAllocator->deallocate(h, 0);
-        h = next;
-      }
+    if (m_binHead[b] == nullptr) continue;  // its record was never made
+    for (TPXBasCamBinHeader* h = m_binHead[b]->m_next; h != m_binTail[b];) {
+      TPXBasCamBinHeader* next = h->m_next;
+      delete h->m_mutex;
+      m_hostAllocator->deallocate(h, 0);
+      h = next;
     }
-    delete m_binHead[b];
-    delete m_binTail[b];
+    Record(b).~BinRecord();
     m_binHead[b] = m_binTail[b] = nullptr;
   }
+  mem_Free(m_binMemory);
+  m_binMemory = nullptr;
+  m_bins = nullptr;
   for (int i = 0; i < m_numPools; ++i) delete m_pools[i];
   mem_deleteBuiltIn(m_pools);
   m_pools = nullptr;
@@ -228,22 +270,37 @@ inline int TPXBasCamCacheManager::BinOf(unsigned int size) const {
 
 inline unsigned int TPXBasCamCacheManager::BlockSizeOf(int bin, unsigned int size) const {
   if (bin < 0) return 0;
-  if (bin < m_numBins) return m_binBlockSize[bin];
+  if (bin < m_numBins) return Record(bin).blockSize;
   unsigned long long whole =
       (static_cast<unsigned long long>(size) + kPageSize - 1) / kPageSize * kPageSize + kHeaderSize;
   return whole > 0xFFFFFFFFull ? 0 : static_cast<unsigned int>(whole);
 }
 
-unsigned int TPXBasCamCacheManager::AllocCount() const { return *m_allocCount; }
+// Alloc calls served from a free list are counted in their bin's record, every other call in
+// m_allocCount: the total is their sum.
+unsigned int TPXBasCamCacheManager::AllocCount() const {
+  unsigned int count = *m_allocCount;
+  for (int b = 0; b < m_numBins; ++b) count += Record(b).allocs.load(std::memory_order_relaxed);
+  return count;
+}
+
+unsigned int TPXBasCamCacheManager::FreeListBytes() const {
+  unsigned int bytes = 0;
+  for (int b = 0; b < m_numBins; ++b) bytes += Record(b).freeBytes.load(std::memory_order_relaxed);
+  return bytes;
+}
 
 // Every push and pop of a bin starts at its head sentinel and holds the head's lock
 // throughout, so that lock alone serialises the bin: locks of the nodes behind it could only
-// be taken under it and would exclude nothing more. Different bins never contend.
-TPXBasCamBinHeader* TPXBasCamCacheManager::GetHeader(int bin) {
-  TPXBasCamBinHeader* head = m_binHead[bin];
+// be taken under it and would exclude nothing more. The bin's byte count (and, for a pop on
+// behalf of Alloc, its call count) change under the same lock. Different bins never contend.
+inline __attribute__((always_inline)) TPXBasCamBinHeader* TPXBasCamCacheManager::GetHeader(
+    int bin, bool countAlloc) {
+  BinRecord& record = Record(bin);
+  TPXBasCamBinHeader* head = &record.head;
   head->Lock();
   TPXBasCamBinHeader* node = head->m_next;
-  if (node == m_binTail[bin]) {
+  if (node == &record.tail) {
     head->Unlock();
     return nullptr;
   }
@@ -252,18 +309,27 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::GetHeader(int bin) {
   next->m_prev = head;
   node->m_prev = nullptr;
   node->m_next = nullptr;
+  Sub(record.freeBytes, node->m_size);
+  if (countAlloc) Add(record.allocs, 1);
+  if (m_dbFile != nullptr && m_binFreeCurrent != nullptr)
+    LowerStat(m_binFreeCurrent[bin], node->m_size);
   head->Unlock();
   return node;
 }
 
-void TPXBasCamCacheManager::ReturnHeader(TPXBasCamBinHeader* header, int bin) {
-  TPXBasCamBinHeader* head = m_binHead[bin];
+inline __attribute__((always_inline)) void TPXBasCamCacheManager::ReturnHeader(
+    TPXBasCamBinHeader* header, int bin) {
+  BinRecord& record = Record(bin);
+  TPXBasCamBinHeader* head = &record.head;
   head->Lock();
   TPXBasCamBinHeader* first = head->m_next;
   header->m_prev = head;
   header->m_next = first;
   head->m_next = header;
   first->m_prev = header;
+  Add(record.freeBytes, header->m_size);
+  if (m_dbFile != nullptr && m_binFreeCurrent != nullptr)
+    AddStat(m_binFreeCurrent[bin], header->m_size);
   head->Unlock();
 }
 
@@ -279,28 +345,21 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::HostBlock(unsigned int allocSize, uns
   return new (block) TPXBasCamBinHeader(-1, allocSize, nullptr);
 }
 
-// Called with m_mutex held: a free-list block goes back to the host.
+// Called with m_mutex held: a block just popped from a free list (its bin's counters already
+// lowered) goes back to the host.
 void TPXBasCamCacheManager::GiveBack(TPXBasCamBinHeader* header) {
   unsigned int size = header->m_size;
-  int bin = header->m_bin;
   delete header->m_mutex;
   m_hostAllocator->deallocate(header, 0);
   Sub(m_memoryCurrent, size);
-  Sub(m_freeListBytes, size);
-  if (m_dbFile != nullptr && m_binFreeCurrent != nullptr && bin >= 0 && bin < m_numBins)
-    Lower(m_binFreeCurrent[bin], size);
 }
 
 TPXBasCamBinHeader* TPXBasCamCacheManager::TryFreeMemory(int bin, unsigned int allocSize,
-                                                         bool& fresh, unsigned int ceiling) {
+                                                         bool& fresh, unsigned int ceiling,
+                                                         bool countAlloc) {
   fresh = false;
   if (bin < m_numBins) {
-    if (TPXBasCamBinHeader* header = GetHeader(bin)) {
-      m_mutex->Lock();
-      Sub(m_freeListBytes, header->m_size);
-      if (m_dbFile != nullptr && m_binFreeCurrent != nullptr)
-        Lower(m_binFreeCurrent[bin], header->m_size);
-      m_mutex->Unlock();
+    if (TPXBasCamBinHeader* header = GetHeader(bin, countAlloc)) {
       mem_Acquire(header);
       return header;
     }
@@ -330,7 +389,7 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::TryFreeMemory(int bin, unsigned int a
   // Cached blocks go back to the host, largest bins first, until the request fits.
   for (int b = m_numBins - 1; b >= 0; --b) {
     for (;;) {
-      TPXBasCamBinHeader* cached = GetHeader(b);
+      TPXBasCamBinHeader* cached = GetHeader(b, false);
       m_mutex->Lock();
       if (cached != nullptr) GiveBack(cached);
       header = HostBlock(allocSize, ceiling);
@@ -346,27 +405,63 @@ TPXBasCamBinHeader* TPXBasCamCacheManager::TryFreeMemory(int bin, unsigned int a
 }
 
 void* TPXBasCamCacheManager::Alloc(unsigned int size, unsigned int& blockSize) {
+  return DoAlloc(size, blockSize);
+}
+
+unsigned int TPXBasCamCacheManager::Free(void* block) { return DoFree(block); }
+
+// Hands a block out: its header describes it, and a purge starts when memory in use passed
+// the high mark while the free lists hold less than the reserve.
+inline void* TPXBasCamCacheManager::HandOut(TPXBasCamBinHeader* header, int bin,
+                                            unsigned int allocSize) {
+  header->m_prev = nullptr;
+  header->m_next = nullptr;
+  header->m_bin = bin;
+  header->m_size = allocSize;
+  if (m_memoryCurrent.load(std::memory_order_relaxed) >
+          m_memoryHighMark.load(std::memory_order_relaxed) &&
+      FreeListBytes() < m_reserveCap.load(std::memory_order_relaxed) &&
+      !m_purgeExhausted.load(std::memory_order_acquire))
+    PurgeTrigger();
+  return reinterpret_cast<char*>(header) + kHeaderSize;
+}
+
+// The common case, a block of the request's bin waiting on its free list, takes one lock and
+// calls nothing but the host's acquire notice; everything else is AllocSlow.
+void* TPXBasCamCacheManager::DoAlloc(unsigned int size, unsigned int& blockSize) {
   int bin = BinOf(size);
+  if (__builtin_expect(bin >= 0 && bin < m_numBins, 1)) {
+    if (TPXBasCamBinHeader* header = GetHeader(bin, true)) {
+      mem_Acquire(header);
+      blockSize = Record(bin).blockSize;
+      return HandOut(header, bin, blockSize);
+    }
+  }
+  return AllocSlow(bin, size, blockSize);
+}
+
+void* TPXBasCamCacheManager::AllocSlow(int bin, unsigned int size, unsigned int& blockSize) {
   unsigned int allocSize = BlockSizeOf(bin, size);
   blockSize = allocSize;
   void* result = nullptr;
+  bool counted = false;  // counted in the bin's record by the pop that served the call
   if (allocSize != 0) {
     bool fresh = false;
-    TPXBasCamBinHeader* header =
-        TryFreeMemory(bin, allocSize, fresh, m_memoryHighMark.load(std::memory_order_relaxed));
+    TPXBasCamBinHeader* header = TryFreeMemory(
+        bin, allocSize, fresh, m_memoryHighMark.load(std::memory_order_relaxed), true);
+    counted = header != nullptr && !fresh;
     if (header == nullptr) {
       m_mutex->Lock();
       Add(m_pendingRequest, allocSize);
       m_mutex->Unlock();
       for (;;) {
         TPXBasAtiThreadingModel::Relinquish();
-        header =
-            TryFreeMemory(bin, allocSize, fresh, m_memoryLimit.load(std::memory_order_relaxed));
+        header = TryFreeMemory(bin, allocSize, fresh, m_memoryLimit.load(std::memory_order_relaxed),
+                               false);
         if (header != nullptr) break;
-        if (m_purgeExhausted.load(std::memory_order_acquire) &&
-            m_freeListBytes.load(std::memory_order_relaxed) == 0) {
-          header =
-              TryFreeMemory(bin, allocSize, fresh, m_memoryLimit.load(std::memory_order_relaxed));
+        if (m_purgeExhausted.load(std::memory_order_acquire) && FreeListBytes() == 0) {
+          header = TryFreeMemory(bin, allocSize, fresh,
+                                 m_memoryLimit.load(std::memory_order_relaxed), false);
           if (header == nullptr) OutOfMemory();
           break;
         }
@@ -385,42 +480,37 @@ void* TPXBasCamCacheManager::Alloc(unsigned int size, unsigned int& blockSize) {
       m_mutex->Unlock();
     }
     if (header != nullptr) {
-      header->m_prev = nullptr;
-      header->m_next = nullptr;
-      header->m_bin = bin;
-      header->m_size = allocSize;
-      result = reinterpret_cast<char*>(header) + kHeaderSize;
-      if (m_memoryCurrent.load(std::memory_order_relaxed) >
-              m_memoryHighMark.load(std::memory_order_relaxed) &&
-          m_freeListBytes.load(std::memory_order_relaxed) <
-              m_reserveCap.load(std::memory_order_relaxed) &&
-          !m_purgeExhausted.load(std::memory_order_acquire))
-        PurgeTrigger();
+      result = HandOut(header, bin, allocSize);
     } else {
       blockSize = 0;
     }
   }
-  ++*m_allocCount;
+  if (!counted) ++*m_allocCount;
   return result;
 }
 
-unsigned int TPXBasCamCacheManager::Free(void* block) {
+// A bin block is told released before it becomes visible on its free list, so the host
+// always hears of a block's release before any thread that pops it acquires it again. The
+// push and the bin's counters need only the bin's lock: memory in use does not change.
+unsigned int TPXBasCamCacheManager::DoFree(void* block) {
   if (block == nullptr) return 0;
   TPXBasCamBinHeader* header =
       reinterpret_cast<TPXBasCamBinHeader*>(static_cast<char*>(block) - kHeaderSize);
   int bin = header->m_bin;
+  if (__builtin_expect(bin >= m_numBins, 0)) return FreeLarge(header);
+  unsigned int size = header->m_size;
+  mem_Release(header);
+  ReturnHeader(header, bin);
+  return size;
+}
+
+// A large block goes straight back to the host.
+unsigned int TPXBasCamCacheManager::FreeLarge(TPXBasCamBinHeader* header) {
   unsigned int size = header->m_size;
   m_mutex->Lock();
-  if (bin < m_numBins) {
-    ReturnHeader(header, bin);
-    mem_Release(header);
-    Add(m_freeListBytes, size);
-    if (m_dbFile != nullptr && m_binFreeCurrent != nullptr) m_binFreeCurrent[bin] += size;
-  } else {
-    delete header->m_mutex;
-    m_hostAllocator->deallocate(header, 0);
-    Sub(m_memoryCurrent, size);
-  }
+  delete header->m_mutex;
+  m_hostAllocator->deallocate(header, 0);
+  Sub(m_memoryCurrent, size);
   m_mutex->Unlock();
   return size;
 }
@@ -437,7 +527,7 @@ unsigned int TPXBasCamCacheManager::ActualSizeForUse(void* block) const {
 
 void TPXBasCamCacheManager::ClearFreeList() {
   for (int b = 0; b < m_numBins; ++b) {
-    while (TPXBasCamBinHeader* header = GetHeader(b)) {
+    while (TPXBasCamBinHeader* header = GetHeader(b, false)) {
       m_mutex->Lock();
       GiveBack(header);
       m_mutex->Unlock();

@@ -86,7 +86,7 @@ bool TPXBasCamCacheManager::PurgePass(bool inPurgeThread) {
   m_mutex->Lock();
   unsigned int amount = m_pendingRequest.load(std::memory_order_relaxed);
   unsigned int current = m_memoryCurrent.load(std::memory_order_relaxed);
-  unsigned int freeList = m_freeListBytes.load(std::memory_order_relaxed);
+  unsigned int freeList = FreeListBytes();
   unsigned int reserve = m_reserveCap.load(std::memory_order_relaxed);
   if (current > m_memoryHighMark.load(std::memory_order_relaxed) && freeList < reserve) {
     unsigned int refill = static_cast<unsigned int>(1.2 * reserve - freeList);
@@ -109,8 +109,7 @@ bool TPXBasCamCacheManager::PurgePass(bool inPurgeThread) {
   m_mutex->Lock();
   bool more = ((m_memoryCurrent.load(std::memory_order_relaxed) >
                     m_memoryHighMark.load(std::memory_order_relaxed) &&
-                m_freeListBytes.load(std::memory_order_relaxed) <
-                    m_reserveCap.load(std::memory_order_relaxed)) ||
+                FreeListBytes() < m_reserveCap.load(std::memory_order_relaxed)) ||
                m_pendingRequest.load(std::memory_order_relaxed) > 0) &&
               !m_purgeExhausted.load(std::memory_order_acquire);
   m_mutex->Unlock();

@@ -53,13 +53,13 @@ TPXBasCamPool::~TPXBasCamPool() { delete m_mutex; }
 
 void* TPXBasCamPool::Alloc(unsigned int size) {
   unsigned int blockSize = 0;
-  void* block = m_manager->Alloc(size, blockSize);
-  UpdateMemoryInUse(true, blockSize);
+  void* block = m_manager->DoAlloc(size, blockSize);
+  if (m_dbFile != nullptr) UpdateMemoryInUse(true, blockSize);
   return block;
 }
 
 unsigned int TPXBasCamPool::Free(void* block) {
-  unsigned int size = m_manager->Free(block);
+  unsigned int size = m_manager->DoFree(block);
   if (size != 0 && m_dbFile != nullptr) {
     m_mutex->Lock();
     m_memoryCurrent.fetch_sub(size, std::memory_order_relaxed);
@@ -246,12 +246,13 @@ void TPXBasCamCacheManager::TrackMaxPoint() {
   unsigned long long current = m_memoryCurrent.load(std::memory_order_relaxed);
   if (current > static_cast<unsigned long long>(m_lastMaxPoint) + m_trackingTolerance) {
     m_lastMaxPoint = static_cast<unsigned int>(current);
-    for (int b = 0; b < m_numBins; ++b) m_binFreeAtMax[b] = m_binFreeCurrent[b];
+    for (int b = 0; b < m_numBins; ++b)
+      m_binFreeAtMax[b] = __atomic_load_n(&m_binFreeCurrent[b], __ATOMIC_RELAXED);
     for (int p = 0; p < m_numPools && p < m_poolStatsLength; ++p)
       m_poolCurrentAtMax[p] = m_pools[p]->MemoryCurrent();
     if (m_listStatsLength == m_purgeList->NumPurgeLists())
       m_purgeList->MemoryCurrent(m_listMemoryAtMax);
-    m_allocCountAtMax = *m_allocCount;
+    m_allocCountAtMax = AllocCount();
   }
   m_trackingMutex->Unlock();
 }
@@ -263,7 +264,7 @@ void TPXBasCamCacheManager::MemorySummary(
     unsigned int*& listMemoryAtMax, int& numBins, unsigned int*& binFreeCurrent,
     unsigned int*& binFreeAtMax, unsigned int& allocCountAtMax) {
   memoryCurrent = m_memoryCurrent.load(std::memory_order_relaxed);
-  freeListBytes = m_freeListBytes.load(std::memory_order_relaxed);
+  freeListBytes = FreeListBytes();
   numPools = m_numPools;
   poolCurrent = m_poolCurrent;
   poolCurrentAtMax = m_poolCurrentAtMax;

@@ -60,11 +60,11 @@ TPXBasCamTBHeader* TPXBasCamSimpleTBAllocator::MoreCore(unsigned int units) {
   TPXBasCamTBHeader* header =
       new (static_cast<char*>(chunk) + kUnit) TPXBasCamTBHeader(static_cast<int>(n));
   header->m_link = header;  // a block in use, about to be freed into the ring
-  Free(header + 1);
+  FreeSearch(header + 1);
   return m_free;
 }
 
-void* TPXBasCamSimpleTBAllocator::Alloc(unsigned int size) {
+void* TPXBasCamSimpleTBAllocator::AllocSearch(unsigned int size) {
   if (static_cast<unsigned long long>(size) + kUnit >= kLargeThreshold) {
     if (static_cast<unsigned long long>(size) + kUnit > 0xFFFFFFFFull) return nullptr;
     void* block = m_large.Alloc(size + kUnit);
@@ -80,18 +80,8 @@ void* TPXBasCamSimpleTBAllocator::Alloc(unsigned int size) {
   }
   TPXBasCamTBHeader* prev = m_free;
   for (TPXBasCamTBHeader* p = prev->m_link;; prev = p, p = p->m_link) {
-    if (static_cast<unsigned int>(p->m_size) >= units) {
-      if (static_cast<unsigned int>(p->m_size) == units) {
-        prev->m_link = p->m_link;
-      } else {
-        p->m_size -= static_cast<int>(units);
-        p += p->m_size;
-        p->m_size = static_cast<int>(units);
-      }
-      m_free = prev;
-      p->m_link = p;
-      return p + 1;
-    }
+    if (static_cast<unsigned int>(p->m_size) >= units)
+      return Take(prev, p, static_cast<int>(units));
     if (p == m_free && (p = MoreCore(units)) == nullptr) return nullptr;
   }
 }
@@ -101,14 +91,18 @@ void* TPXBasCamSimpleTBAllocator::Alloc(unsigned int size, unsigned int& allocat
   return Alloc(size);
 }
 
-void TPXBasCamSimpleTBAllocator::Free(void* block) {
+void TPXBasCamSimpleTBAllocator::FreeSearch(void* block) {
   if (block == nullptr) return;
   TPXBasCamTBHeader* bp = static_cast<TPXBasCamTBHeader*>(block) - 1;
   if (bp->m_link == nullptr) {
     m_large.Free(bp);
     return;
   }
+  // The element the block goes after is the same wherever the walk starts. For a block below
+  // the free pointer the walk passes the ring's highest element and comes round; when the
+  // base element lies on that way, starting there skips the stretch before it.
   TPXBasCamTBHeader* p = m_free;
+  if (bp < p && (&m_base > p || &m_base < bp)) p = &m_base;
   while (!(bp > p && bp < p->m_link)) {
     if (p >= p->m_link && (bp > p || bp < p->m_link)) break;  // at the ring's highest address
     p = p->m_link;

@@ -24,7 +24,8 @@ KLDTPXBAS_API void* mem_OperatorNewTinyThrow(std::size_t size);
 KLDTPXBAS_API void* mem_OperatorNewThrowBuiltin(std::size_t size);
 
 /// Told by a cache that a block it keeps goes back into use (Acquire) or out of use (Release).
-/// The stand-in only counts the calls (mem_Testing::AcquireCount, ReleaseCount).
+/// The stand-in only counts the calls (mem_Testing::AcquireCount, ReleaseCount), each thread
+/// in a counter of its own that the readers sum, so threads never share a written line.
 KLDTPXBAS_API void mem_Acquire(void* block);
 KLDTPXBAS_API void mem_Release(void* block);
 
