@@ -2,6 +2,8 @@
 #include "atr_translate_testing.h"
 
 #include <clocale>
+#include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
@@ -223,14 +225,33 @@ TEST(atr_DictionaryHostileFiles, KeepTheLibraryWorkingAndLoseNoValidEntry) {
   }
 }
 
+// The file exists but this user may not read it: as root (CI) the check runs in a child that
+// has dropped to the unprivileged user "nobody" first.
 TEST(atr_DictionaryHostileFiles, UnreadableFileIsNotFound) {
   TempDir dir;
   std::string file = dir.WriteDictionary(Entry("Close", "Fermer"));
+  {  // the same file, readable, is found: the search itself is right
+    SearchEnv env(dir.Path());
+    atr_tr_enable(true);
+    ASSERT_EQ("Fermer", Utf8("Close"));
+  }
   ASSERT_EQ(0, chmod(file.c_str(), 0));
-  if (access(file.c_str(), R_OK) == 0) GTEST_SKIP() << "permissions do not apply to this user";
+  ASSERT_EQ(0, chmod(dir.Path().c_str(), 0755));  // nobody may still walk to the file
+  if (geteuid() != 0 && access(file.c_str(), R_OK) == 0)
+    GTEST_SKIP() << "permissions do not apply to this user";
   SearchEnv env(dir.Path());
-  atr_tr_enable(true);
-  EXPECT_EQ("Close", Utf8("Close"));
+  EXPECT_EXIT(
+      {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) std::_Exit(2);
+        struct stat seen;
+        if (stat(file.c_str(), &seen) != 0 || access(file.c_str(), R_OK) == 0) std::_Exit(3);
+        atr_tr_enable(true);
+        bool untranslated = Utf8("Close") == "Close" &&
+                            std::string(atr<int>("Value %d", 5, kUtf8).CStr()) == "Value 5";
+        std::fprintf(stderr, untranslated ? "untranslated\n" : "translated\n");
+        std::_Exit(untranslated ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "untranslated");
 }
 
 TEST(atr_DictionaryEscapes, AreUndoneOnceInKeysAndTranslations) {
