@@ -207,7 +207,8 @@ void atr_translate::Remember(const atr_TemplateKey& key) const {
     entry->Order()[i] = static_cast<int>(m_byNumber[i] - m_args);
   }
   std::memcpy(entry->Text(), m_template, static_cast<size_t>(m_templateBytes));
-  std::memcpy(entry->Text() + m_templateBytes, m_formats, static_cast<size_t>(m_formatBytes));
+  if (m_formatBytes > 0)
+    std::memcpy(entry->Text() + m_templateBytes, m_formats, static_cast<size_t>(m_formatBytes));
   atr_TemplateCache::Keep(entry);
 }
 
