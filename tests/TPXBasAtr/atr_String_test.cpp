@@ -135,58 +135,46 @@ TEST(atr_StringPlaceholders, ReplaceNonTranslatedTakesTheFirstOccurrenceOnly) {
 // Line breaking.
 // ---------------------------------------------------------------------------------------------
 
-TEST(atr_StringLines, BreakLineStringKeepsTheWordThatCrossesTheWidth) {
+// BreakLineString keeps the word that crosses the width on its line; AddLineBreaks breaks each
+// line of a text and, when asked to keep broken texts, leaves a text that has a line end as is.
+TEST(atr_StringLines, BreakLineStringAndAddLineBreaks) {
+  enum Call { Break, Add, AddKeep };
   const struct {
     std::string text;
     unsigned width;
+    Call call;
     std::string expected;
   } cases[] = {
-      {"aaaa bbbb cccc dddd", 10, "aaaa bbbb cccc\ndddd"},
-      {"aaaa bbbb cccc dddd", 4, "aaaa\nbbbb\ncccc\ndddd"},
-      {"aaaa bbbb cccc dddd", 5, "aaaa bbbb\ncccc dddd"},
-      {"ab cd", 0, "ab\ncd"},  // width 0 is taken as 1
-      {"ab cd", 1, "ab\ncd"},
-      {"  aa bb", 3, "  aa\nbb"},
-      {"aa   bb", 2, "aa\n  bb"},
-      {"abcdefghij kl", 4, "abcdefghij\nkl"},
-      {"aaaa bbbb\n", 4, "aaaa\nbbbb\n"},
-      {"aaaa bbbb ", 4, "aaaa\nbbbb"},
-      {"aaaa\tbbbb", 4, "aaaa\nbbbb"},
-      {"nospacesatall", 3, "nospacesatall"},
-      {"      ", 3, "      "},
-      {"\xC3\xA9\xC3\xA9 \xC3\xA9", 4, "\xC3\xA9\xC3\xA9\n\xC3\xA9"},  // bytes, not characters
-      {std::string("a\0b c", 5), 2, std::string("a\0b\nc", 5)},
+      // clang-format off
+      {"aaaa bbbb cccc dddd", 10, Break, "aaaa bbbb cccc\ndddd"},
+      {"aaaa bbbb cccc dddd", 4, Break, "aaaa\nbbbb\ncccc\ndddd"},
+      {"aaaa bbbb cccc dddd", 5, Break, "aaaa bbbb\ncccc dddd"},
+      {"ab cd", 0, Break, "ab\ncd"},  // width 0 is taken as 1
+      {"ab cd", 1, Break, "ab\ncd"}, {"  aa bb", 3, Break, "  aa\nbb"}, {"aa   bb", 2, Break, "aa\n  bb"},
+      {"abcdefghij kl", 4, Break, "abcdefghij\nkl"}, {"aaaa bbbb\n", 4, Break, "aaaa\nbbbb\n"},
+      {"aaaa bbbb ", 4, Break, "aaaa\nbbbb"}, {"aaaa\tbbbb", 4, Break, "aaaa\nbbbb"},
+      {"nospacesatall", 3, Break, "nospacesatall"}, {"      ", 3, Break, "      "},
+      {"\xC3\xA9\xC3\xA9 \xC3\xA9", 4, Break, "\xC3\xA9\xC3\xA9\n\xC3\xA9"},  // bytes, not characters
+      {std::string("a\0b c", 5), 2, Break, std::string("a\0b\nc", 5)},
+      {"aaaa bbbb\ncc dd ee", 5, Add, "aaaa bbbb\ncc dd\nee"},
+      {"aaaa bbbb\ncc dd ee", 4, Add, "aaaa\nbbbb\ncc dd\nee"},
+      {"aaaa bbbb\ncc dd ee", 5, AddKeep, "aaaa bbbb\ncc dd ee"},
+      {"aaaa bbbb cc", 5, AddKeep, "aaaa bbbb\ncc"}, {"ab\ncd ef gh\n", 5, Add, "ab\ncd ef\ngh\n"},
+      {"one\n\ntwo three", 3, Add, "one\n\ntwo\nthree"}, {"a b c d", 0, Add, "a\nb\nc\nd"},
+      {"", 0, Add, ""},
+      // clang-format on
   };
   for (const auto& c : cases) {
     const atr_String in = Bytes(c.text);
-    EXPECT_EQ(c.expected, Str(atr_String::BreakLineString(in, c.width)))
-        << '"' << c.text << "\" width " << c.width;
+    EXPECT_EQ(c.expected,
+              Str(c.call == Break ? atr_String::BreakLineString(in, c.width)
+                                  : atr_String::AddLineBreaks(in, c.width, c.call == AddKeep)))
+        << '"' << c.text << "\" width " << c.width << " call " << c.call;
   }
+  // Texts left as they are come back sharing the argument's storage.
   const atr_String fits = atr_MakeAtrString("short text");
   EXPECT_EQ(fits.CStr(), atr_String::BreakLineString(fits, 10).CStr());
   EXPECT_EQ(fits.CStr(), atr_String::AddLineBreaks(fits, 10, false).CStr());
-}
-
-TEST(atr_StringLines, AddLineBreaksBreaksEachLine) {
-  const struct {
-    const char* text;
-    unsigned width;
-    bool keepBroken;
-    const char* expected;
-  } cases[] = {
-      {"aaaa bbbb\ncc dd ee", 5, false, "aaaa bbbb\ncc dd\nee"},
-      {"aaaa bbbb\ncc dd ee", 4, false, "aaaa\nbbbb\ncc dd\nee"},
-      {"aaaa bbbb\ncc dd ee", 5, true, "aaaa bbbb\ncc dd ee"},
-      {"aaaa bbbb cc", 5, true, "aaaa bbbb\ncc"},
-      {"ab\ncd ef gh\n", 5, false, "ab\ncd ef\ngh\n"},
-      {"one\n\ntwo three", 3, false, "one\n\ntwo\nthree"},
-      {"a b c d", 0, false, "a\nb\nc\nd"},
-      {"", 0, false, ""},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(c.expected,
-              Str(atr_String::AddLineBreaks(atr_MakeAtrString(c.text), c.width, c.keepBroken)))
-        << '"' << c.text << "\" width " << c.width << (c.keepBroken ? " keep" : "");
   const atr_String broken = atr_MakeAtrString("already\nbroken text here");
   EXPECT_EQ(broken.CStr(), atr_String::AddLineBreaks(broken, 3, true).CStr());
 }
