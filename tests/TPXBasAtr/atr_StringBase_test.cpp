@@ -98,15 +98,13 @@ TEST(atr_StringStorage, ConstructorsFromTextLengthAndTags) {
 
 TEST(atr_StringStorage, NumbersAreFormattedWithShortExponents) {
   const std::pair<TestString, const char*> numbers[] = {
-      {TestString(0.5), "0.5"},
-      {TestString(1e20), "1e+20"},
-      {TestString(1e-5f), "1e-05"},
-      {TestString(1.0 / 3), "0.333333333333333"},
-      {TestString(1.0f / 3), "0.333333"},
-      {TestString(1e100), "1e+100"},
-      {TestString(-2147483647 - 1), "-2147483648"},
-      {TestString(4294967295u), "4294967295"},
-      {TestString(-1.5e-300), "-1.5e-300"}};
+      // clang-format off
+      {TestString(0.5), "0.5"}, {TestString(1e20), "1e+20"}, {TestString(1e-5f), "1e-05"},
+      {TestString(1.0 / 3), "0.333333333333333"}, {TestString(1.0f / 3), "0.333333"},
+      {TestString(1e100), "1e+100"}, {TestString(-2147483647 - 1), "-2147483648"},
+      {TestString(4294967295u), "4294967295"}, {TestString(-1.5e-300), "-1.5e-300"},
+      // clang-format on
+  };
   for (const auto& [number, text] : numbers) EXPECT_EQ(text, number.Text());
 
   const struct {
@@ -151,56 +149,41 @@ TEST(atr_StringSharing, CopiesShareUntilOneIsChanged) {
   EXPECT_EQ(2, a.References());
 }
 
-// Every edit of a shared string, made on one copy, must leave the other copy as it was.
+// Every edit of a shared string, made on one copy, must leave the other copy as it was; every
+// edit of a borrowed text copies it first and never writes the text itself.
 TEST(atr_StringSharing, EveryEditOfACopyLeavesTheOriginal) {
   const std::function<void(TestString&)> edits[] = {
-      [](TestString& s) { s.Append("!", 1); },
-      [](TestString& s) { s.insert(1, "++", 2, 0, 2); },
-      [](TestString& s) { s.replace(0, 2, "Z", 1, 0, 1); },
-      [](TestString& s) { s.Replace(1, 1, "zz", 2); },
-      [](TestString& s) { s.Erase(0, 1); },
-      [](TestString& s) { s.LeftTrim("ab"); },
-      [](TestString& s) { s.RightTrim(" "); },
-      [](TestString& s) { s.Trim("b"); },
-      [](TestString& s) { s.ToUpper(); },
-      [](TestString& s) { s.Capitalize(); },
-      [](TestString& s) { s.Reverse(); },
-      [](TestString& s) { s.Substitute("b", "BB", 5); },
-      [](TestString& s) { s[0] = 'Q'; },
-      [](TestString& s) { s = "other"; },
+      // clang-format off
+      [](TestString& s) { s.Append("!", 1); }, [](TestString& s) { s.insert(1, "++", 2, 0, 2); },
+      [](TestString& s) { s.replace(0, 2, "Z", 1, 0, 1); }, [](TestString& s) { s.Replace(1, 1, "zz", 2); },
+      [](TestString& s) { s.Erase(0, 1); }, [](TestString& s) { s.LeftTrim("ab"); },
+      [](TestString& s) { s.RightTrim(" "); }, [](TestString& s) { s.Trim("b"); },
+      [](TestString& s) { s.ToUpper(); }, [](TestString& s) { s.Capitalize(); },
+      [](TestString& s) { s.Reverse(); }, [](TestString& s) { s.Substitute("b", "BB", 5); },
+      [](TestString& s) { s[0] = 'Q'; }, [](TestString& s) { s = "other"; },
+      // clang-format on
   };
   const std::string texts[] = {"abc b ", std::string(300, 'b') + " "};
-  for (const std::string& text : texts) {
-    int index = 0;
-    for (const auto& edit : edits) {
-      TestString original(text);
-      TestString copy = original;
-      edit(copy);
-      EXPECT_EQ(text, original.Text()) << "edit " << index;
-      EXPECT_NE(text, copy.Text()) << "edit " << index;
-      EXPECT_EQ(1, original.References()) << "edit " << index;
-      ++index;
-    }
-  }
-}
-
-TEST(atr_StringSharing, BorrowedTextIsCopiedOnFirstChangeAndNeverWritten) {
-  const char borrowed[] = "borrowed";
-  TestString s(borrowed, 8, atr_StringBase::Borrow);
-  EXPECT_EQ(borrowed, s.CStr());
-  EXPECT_EQ(0, s.Capacity());
-  TestString copy = s;
-  s.ToUpper();
-  EXPECT_STREQ("borrowed", borrowed);
-  EXPECT_EQ("BORROWED", s.Text());
-  EXPECT_EQ(borrowed, copy.CStr());
-  copy.Erase(0, 2);
-  EXPECT_EQ("rrowed", copy.Text());
-  EXPECT_STREQ("borrowed", borrowed);
-  TestString third(borrowed, 8, atr_StringBase::Borrow);
-  third.Append("!", 1);
-  EXPECT_EQ("borrowed!", third.Text());
-  EXPECT_STREQ("borrowed", borrowed);
+  for (const std::string& text : texts)
+    for (bool borrow : {false, true})
+      for (std::size_t i = 0; i < sizeof edits / sizeof edits[0]; ++i) {
+        SCOPED_TRACE("edit " + std::to_string(i) + (borrow ? " of a borrowed text" : ""));
+        const std::string source = text;  // what a borrowing string reads
+        const int length = static_cast<int>(source.size());
+        TestString original = borrow ? TestString(source.c_str(), length, atr_StringBase::Borrow)
+                                     : TestString(source);
+        TestString copy = original;
+        edits[i](copy);
+        EXPECT_EQ(text, original.Text());
+        EXPECT_NE(text, copy.Text());
+        EXPECT_EQ(1, original.References());
+        if (!borrow) continue;
+        EXPECT_EQ(source.c_str(), original.CStr());
+        EXPECT_EQ(0, original.Capacity());
+        edits[i](original);  // the sole borrower edits: a copy of its own first
+        EXPECT_NE(source.c_str(), original.CStr());
+        EXPECT_EQ(text, source);
+      }
 }
 
 // With every allocation refused, operations that need no new storage must still succeed.
