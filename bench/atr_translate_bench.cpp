@@ -78,6 +78,38 @@ void BM_atr_NoDictionary(benchmark::State& state) {
 }
 BENCHMARK(BM_atr_NoDictionary);
 
+void BM_atr_NoDictionary_NewFormatEachTime(benchmark::State& state) {
+  // 1024 different format texts in turn: more than a thread keeps, so every message parses.
+  atr_trReleaseDB();
+  std::vector<std::string> formats;
+  for (int i = 0; i < 1024; ++i)
+    formats.push_back("Exception " + std::to_string(i) + ": %s in file %s at line %d");
+  std::size_t i = 0;
+  for (auto _ : state) {
+    atr_String s = atr<const char*, const char*, int>(formats[i].c_str(), "Out of memory",
+                                                      "atr_translate.cpp", 412, kUtf8);
+    benchmark::DoNotOptimize(s.CStr());
+    i = (i + 1) % formats.size();
+  }
+}
+BENCHMARK(BM_atr_NoDictionary_NewFormatEachTime);
+
+void BM_snprintf_NewFormatEachTime(benchmark::State& state) {
+  std::vector<std::string> formats;
+  for (int i = 0; i < 1024; ++i)
+    formats.push_back("Exception " + std::to_string(i) + ": %s in file %s at line %d");
+  char buffer[256];
+  std::size_t i = 0;
+  for (auto _ : state) {
+    int n = std::snprintf(buffer, sizeof(buffer), formats[i].c_str(), "Out of memory",
+                          "atr_translate.cpp", 412);
+    benchmark::DoNotOptimize(n);
+    benchmark::DoNotOptimize(buffer);
+    i = (i + 1) % formats.size();
+  }
+}
+BENCHMARK(BM_snprintf_NewFormatEachTime);
+
 void BM_atr_Dictionary20k_NotFound(benchmark::State& state) {
   Load();
   for (auto _ : state) {

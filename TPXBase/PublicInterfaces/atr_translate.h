@@ -13,6 +13,8 @@
 #include <type_traits>
 #include <utility>
 
+struct atr_TemplateKey;
+
 /// One message under construction: the format text, looked up in the translation dictionary
 /// (atr_tr.h) and parsed once into a template with one placeholder per conversion.
 ///
@@ -71,14 +73,23 @@ class KLDTPXBAS_API atr_translate {
     char m_small[24];      ///< holds a short substitution without an allocation
   };
   enum class ParseResult { Ok, DollarWithoutNumber };
+  /// Messages with at most this many conversions keep them inside the object.
+  static constexpr int kInlineArgs = 4;
+  /// Templates (with their conversion texts and order) up to this size stay inside the object.
+  static constexpr int kInlineBlock = 192;
 
   static int compare(const void* a, const void* b);
   void ReportIllegalPosition(int n) const;
   void Build(const char* text, TPXBasStringMode mode);
+  bool Prepare(const char* text, bool translated);
   ParseResult Parse(const char* text);
   void Number();
   void Order();
   void Clear();
+  char* NewBlock(size_t size);
+  StrArgs* NewArgs(int count);
+  bool Recall(const atr_TemplateKey& key);
+  void Remember(const atr_TemplateKey& key) const;
   StrArgs* Receiver(int n) const;
   void Store(StrArgs* r, const char* value, int length, int padBefore, int padAfter);
 
@@ -86,8 +97,14 @@ class KLDTPXBAS_API atr_translate {
   atr_String m_utf8;               ///< holds m_text when the text had to be converted
   int m_count = 0;                 ///< conversions in the template
   StrArgs* m_args = nullptr;       ///< conversions in order of appearance
-  StrArgs** m_byNumber = nullptr;  ///< the same, ordered by argument number (owns the block)
-  char* m_template = nullptr;      ///< literal text, a zero byte per placeholder, then the formats
+  StrArgs** m_byNumber = nullptr;  ///< the same, ordered by argument number (in m_block)
+  char* m_template = nullptr;      ///< literal text, a zero byte per placeholder (in m_block)
+  char* m_formats = nullptr;       ///< the conversion texts one after another (in m_block)
+  char* m_block = nullptr;         ///< m_byNumber, template and conversion texts
+  int m_templateBytes = 0;         ///< bytes of m_template, its terminator included
+  int m_formatBytes = 0;           ///< bytes of the conversion texts, terminators included
+  StrArgs m_inlineArgs[kInlineArgs];
+  alignas(StrArgs*) char m_inlineBlock[kInlineBlock];
 };
 
 /// Substitutes argument n of a message; one overload per argument type. Numbers are formatted

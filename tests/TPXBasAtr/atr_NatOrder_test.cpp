@@ -18,35 +18,22 @@ TEST(atr_NatOrder, OrdersTextsByEmbeddedNumbersAndSignedBytes) {
   const std::string longA = "v" + longRun + "a";
   const std::string longB = "v" + longRun + "b";
   const NatCase cases[] = {
+      // clang-format off
       // Numbers without leading zeros compare by value.
-      {"part9", "part10", -1},
-      {"a2b", "a10b", -1},
-      {"x100", "x99", 1},
-      {"a99", "a100", -1},
+      {"part9", "part10", -1}, {"a2b", "a10b", -1}, {"x100", "x99", 1}, {"a99", "a100", -1},
       // Same length: the first differing digit decides even if later digits disagree.
       {"a19b", "a20a", -1},
       // Leading zeros compare like fractions.
-      {"1.05", "1.5", -1},
-      {"a01", "a1", -1},
-      {"img12", "img012", 1},
-      {"010", "02", -1},
-      {"0", "00", -1},
-      {"01x", "012", -1},  // the shorter zero-led run is less whatever follows
+      {"1.05", "1.5", -1}, {"a01", "a1", -1}, {"img12", "img012", 1}, {"010", "02", -1},
+      {"0", "00", -1}, {"01x", "012", -1},  // the shorter zero-led run is less whatever follows
       // Equal numbers: the walk goes on after the runs.
-      {"a10x", "a10y", -1},
-      {"a001b", "a001b", 0},
-      {longA.c_str(), longB.c_str(), -1},
+      {"a10x", "a10y", -1}, {"a001b", "a001b", 0}, {longA.c_str(), longB.c_str(), -1},
       // Plain bytes: no case folding, no skipping of blanks, the terminator is a byte too.
-      {"abc", "abc", 0},
-      {"Abc", "abc", -1},
-      {"a b", "ab", -1},
-      {"a", "a1", -1},
-      {"a1", "aa", -1},
-      {"1a", "1", 1},
-      {"", "a", -1},
+      {"abc", "abc", 0}, {"Abc", "abc", -1}, {"a b", "ab", -1}, {"a", "a1", -1}, {"a1", "aa", -1},
+      {"1a", "1", 1}, {"", "a", -1},
       // Bytes from 0x80 up are negative: below every ASCII byte and the terminator.
-      {"a\xE9", "a", -1},
-      {"a\x80", "a\x7F", -1},
+      {"a\xE9", "a", -1}, {"a\x80", "a\x7F", -1},
+      // clang-format on
   };
   for (const NatCase& c : cases) {
     SCOPED_TRACE(std::string("\"") + c.a + "\" vs \"" + c.b + "\"");

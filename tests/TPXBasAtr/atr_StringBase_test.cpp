@@ -24,11 +24,10 @@ TEST(atr_StringStorage, SizeClassesAndSeparateBuffers) {
     int length;
     int capacity;
     bool inlineText;
-  } cases[] = {
-      {0, 20, true},    {1, 20, true},     {14, 20, true},    {15, 52, true},      {46, 52, true},
-      {47, 84, true},   {78, 84, true},    {79, 116, true},   {206, 212, true},    {207, 244, true},
-      {238, 244, true}, {239, 240, false}, {240, 241, false}, {5000, 5001, false},
-  };
+  } cases[] = {{0, 20, true},     {1, 20, true},      {14, 20, true},   {15, 52, true},
+               {46, 52, true},    {47, 84, true},     {78, 84, true},   {79, 116, true},
+               {206, 212, true},  {207, 244, true},   {238, 244, true}, {239, 240, false},
+               {240, 241, false}, {5000, 5001, false}};
   for (const auto& c : cases) {
     const std::string text(static_cast<std::size_t>(c.length), 'x');
     const TestString s(text);
@@ -51,22 +50,19 @@ TEST(atr_StringStorage, GrowingMovesOnlyWhenTheSizeClassIsFull) {
   EXPECT_EQ(52, s.Capacity());
   EXPECT_EQ("abcdefghijklmnxxxxxy", s.Text());
 
-  std::string expected(238, 'a');
-  TestString big(expected);
-  for (int length = 239; length <= 243; ++length) {
-    big.Append("b", 1);  // the last size class has room up to 243 bytes
-    expected += 'b';
+  // The last size class has room up to 243 bytes; then exact separate buffers, reallocated
+  // for the exact new length at each growth.
+  TestString big(std::string(238, 'a'));
+  const struct {
+    int length, capacity;
+    bool inlineText;
+  } steps[] = {{243, 244, true}, {244, 245, false}, {245, 246, false}};
+  for (const auto& step : steps) {
+    while (big.Length() < step.length) big.Append("b", 1);
+    EXPECT_EQ(step.capacity, big.Capacity()) << step.length;
+    EXPECT_EQ(step.inlineText, big.Inline()) << step.length;
   }
-  EXPECT_EQ(244, big.Capacity());
-  EXPECT_TRUE(big.Inline());
-  big.Append("c", 1);  // leaves the size classes: exact separate buffer
-  expected += 'c';
-  EXPECT_EQ(245, big.Capacity());
-  EXPECT_FALSE(big.Inline());
-  big.Append("d", 1);  // no spare room: reallocated for the exact new length
-  expected += 'd';
-  EXPECT_EQ(246, big.Capacity());
-  EXPECT_EQ(expected, big.Text());
+  EXPECT_EQ(std::string(238, 'a') + std::string(7, 'b'), big.Text());
 }
 
 TEST(atr_StringStorage, ConstructorsFromTextLengthAndTags) {
@@ -101,15 +97,15 @@ TEST(atr_StringStorage, ConstructorsFromTextLengthAndTags) {
 }
 
 TEST(atr_StringStorage, NumbersAreFormattedWithShortExponents) {
-  EXPECT_EQ("0.5", TestString(0.5).Text());
-  EXPECT_EQ("1e+20", TestString(1e20).Text());
-  EXPECT_EQ("1e-05", TestString(1e-5f).Text());
-  EXPECT_EQ("0.333333333333333", TestString(1.0 / 3).Text());
-  EXPECT_EQ("0.333333", TestString(1.0f / 3).Text());
-  EXPECT_EQ("1e+100", TestString(1e100).Text());
-  EXPECT_EQ("-2147483648", TestString(-2147483647 - 1).Text());
-  EXPECT_EQ("4294967295", TestString(4294967295u).Text());
-  EXPECT_EQ("-1.5e-300", TestString(-1.5e-300).Text());
+  const std::pair<TestString, const char*> numbers[] = {
+      // clang-format off
+      {TestString(0.5), "0.5"}, {TestString(1e20), "1e+20"}, {TestString(1e-5f), "1e-05"},
+      {TestString(1.0 / 3), "0.333333333333333"}, {TestString(1.0f / 3), "0.333333"},
+      {TestString(1e100), "1e+100"}, {TestString(-2147483647 - 1), "-2147483648"},
+      {TestString(4294967295u), "4294967295"}, {TestString(-1.5e-300), "-1.5e-300"},
+      // clang-format on
+  };
+  for (const auto& [number, text] : numbers) EXPECT_EQ(text, number.Text());
 
   const struct {
     const char* in;
@@ -134,16 +130,9 @@ TEST(atr_StringStorage, NumbersAreFormattedWithShortExponents) {
 
 TEST(atr_StringSharing, CopiesShareUntilOneIsChanged) {
   TestString a("abcd");
-  TestString b = a;
-  EXPECT_EQ(a.CStr(), b.CStr());
-  EXPECT_EQ(2, a.References());
-  b.ToUpper();
-  EXPECT_EQ("abcd", a.Text());
-  EXPECT_EQ("ABCD", b.Text());
-  EXPECT_EQ(1, a.References());
-  EXPECT_EQ(1, b.References());
-
   TestString c = a;
+  EXPECT_EQ(a.CStr(), c.CStr());
+  EXPECT_EQ(2, a.References());
   const char& read = c[1];  // a writable reference isolates even when only read through
   EXPECT_EQ('b', read);
   EXPECT_NE(a.CStr(), c.CStr());
@@ -160,56 +149,41 @@ TEST(atr_StringSharing, CopiesShareUntilOneIsChanged) {
   EXPECT_EQ(2, a.References());
 }
 
-// Every edit of a shared string, made on one copy, must leave the other copy as it was.
+// Every edit of a shared string, made on one copy, must leave the other copy as it was; every
+// edit of a borrowed text copies it first and never writes the text itself.
 TEST(atr_StringSharing, EveryEditOfACopyLeavesTheOriginal) {
   const std::function<void(TestString&)> edits[] = {
-      [](TestString& s) { s.Append("!", 1); },
-      [](TestString& s) { s.insert(1, "++", 2, 0, 2); },
-      [](TestString& s) { s.replace(0, 2, "Z", 1, 0, 1); },
-      [](TestString& s) { s.Replace(1, 1, "zz", 2); },
-      [](TestString& s) { s.Erase(0, 1); },
-      [](TestString& s) { s.LeftTrim("ab"); },
-      [](TestString& s) { s.RightTrim(" "); },
-      [](TestString& s) { s.Trim("b"); },
-      [](TestString& s) { s.ToUpper(); },
-      [](TestString& s) { s.Capitalize(); },
-      [](TestString& s) { s.Reverse(); },
-      [](TestString& s) { s.Substitute("b", "BB", 5); },
-      [](TestString& s) { s[0] = 'Q'; },
-      [](TestString& s) { s = "other"; },
+      // clang-format off
+      [](TestString& s) { s.Append("!", 1); }, [](TestString& s) { s.insert(1, "++", 2, 0, 2); },
+      [](TestString& s) { s.replace(0, 2, "Z", 1, 0, 1); }, [](TestString& s) { s.Replace(1, 1, "zz", 2); },
+      [](TestString& s) { s.Erase(0, 1); }, [](TestString& s) { s.LeftTrim("ab"); },
+      [](TestString& s) { s.RightTrim(" "); }, [](TestString& s) { s.Trim("b"); },
+      [](TestString& s) { s.ToUpper(); }, [](TestString& s) { s.Capitalize(); },
+      [](TestString& s) { s.Reverse(); }, [](TestString& s) { s.Substitute("b", "BB", 5); },
+      [](TestString& s) { s[0] = 'Q'; }, [](TestString& s) { s = "other"; },
+      // clang-format on
   };
   const std::string texts[] = {"abc b ", std::string(300, 'b') + " "};
-  for (const std::string& text : texts) {
-    int index = 0;
-    for (const auto& edit : edits) {
-      TestString original(text);
-      TestString copy = original;
-      edit(copy);
-      EXPECT_EQ(text, original.Text()) << "edit " << index;
-      EXPECT_NE(text, copy.Text()) << "edit " << index;
-      EXPECT_EQ(1, original.References()) << "edit " << index;
-      ++index;
-    }
-  }
-}
-
-TEST(atr_StringSharing, BorrowedTextIsCopiedOnFirstChangeAndNeverWritten) {
-  const char borrowed[] = "borrowed";
-  TestString s(borrowed, 8, atr_StringBase::Borrow);
-  EXPECT_EQ(borrowed, s.CStr());
-  EXPECT_EQ(0, s.Capacity());
-  TestString copy = s;
-  s.ToUpper();
-  EXPECT_STREQ("borrowed", borrowed);
-  EXPECT_EQ("BORROWED", s.Text());
-  EXPECT_EQ(borrowed, copy.CStr());
-  copy.Erase(0, 2);
-  EXPECT_EQ("rrowed", copy.Text());
-  EXPECT_STREQ("borrowed", borrowed);
-  TestString third(borrowed, 8, atr_StringBase::Borrow);
-  third.Append("!", 1);
-  EXPECT_EQ("borrowed!", third.Text());
-  EXPECT_STREQ("borrowed", borrowed);
+  for (const std::string& text : texts)
+    for (bool borrow : {false, true})
+      for (std::size_t i = 0; i < sizeof edits / sizeof edits[0]; ++i) {
+        SCOPED_TRACE("edit " + std::to_string(i) + (borrow ? " of a borrowed text" : ""));
+        const std::string source = text;  // what a borrowing string reads
+        const int length = static_cast<int>(source.size());
+        TestString original = borrow ? TestString(source.c_str(), length, atr_StringBase::Borrow)
+                                     : TestString(source);
+        TestString copy = original;
+        edits[i](copy);
+        EXPECT_EQ(text, original.Text());
+        EXPECT_NE(text, copy.Text());
+        EXPECT_EQ(1, original.References());
+        if (!borrow) continue;
+        EXPECT_EQ(source.c_str(), original.CStr());
+        EXPECT_EQ(0, original.Capacity());
+        edits[i](original);  // the sole borrower edits: a copy of its own first
+        EXPECT_NE(source.c_str(), original.CStr());
+        EXPECT_EQ(text, source);
+      }
 }
 
 // With every allocation refused, operations that need no new storage must still succeed.
@@ -277,7 +251,7 @@ TEST(atr_StringSharing, FailedEditLeavesTheStringsIntact) {
 // Statistics.
 // ---------------------------------------------------------------------------------------------
 
-TEST(atr_StringStatistics, ReportOfOneShortStringByteForByte) {
+TEST(atr_StringStatistics, ReportOfOneShortStringByteForByteOnlyWhenAsked) {
   const auto s = StatisticsOf([] { TestString ten("0123456789"); });
   EXPECT_EQ(
       "       0 Reps Created\n"
@@ -292,6 +266,15 @@ TEST(atr_StringStatistics, ReportOfOneShortStringByteForByte) {
       "    10.0 Mean spare\n"
       "     0.0 Sigma spare\n",
       s.text);
+
+  kld_test::FreshLibrary fresh;  // without the variable nothing is reported
+  kld_test::ScopedEnv summary("ATR_SUMMARY", nullptr);
+  int tally = 0;
+  TPXBasAtr_initialize(tally);
+  { TestString quiet("abc"); }
+  testing::internal::CaptureStderr();
+  TPXBasAtr_finalize(tally);
+  EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
 TEST(atr_StringStatistics, CountsEachLayoutAndEveryMove) {
@@ -300,122 +283,84 @@ TEST(atr_StringStatistics, CountsEachLayoutAndEveryMove) {
     const char* name;
     std::function<void()> work;
     int reps, strings, extensions, active, bytes, maxActive, maxBytes;
-    double meanLength, meanSpare;
+    double meanLength, sigmaLength, meanSpare, sigmaSpare;
   } cases[] = {
-      {"copies create nothing",
-       [] {
-         TestString a("abc");
-         TestString b = a, c = b;
-         c = a;
-       },
-       0, 1, 0, 0, 0, 1, 20, 3.0, 17.0},
+      // clang-format off
+      {"copies create nothing", [] { TestString a("abc"); TestString b = a, c = b; c = a; },
+       0, 1, 0, 0, 0, 1, 20, 3.0, 0.0, 17.0, 0.0},
+      // the new block exists before the old goes
       {"growing past the size class",
-       [] {
-         TestString s("abcdefghijklmn");
-         for (int i = 0; i < 6; ++i) s.Append("x", 1);
-       },
-       0, 2, 1, 0, 0, 2, 72, 19.5, 16.5},  // the new block exists before the old goes
-      {"long text: header alone", [] { TestString s(std::string(239, 'x')); }, 1, 0, 0, 0, 0, 1, 0,
-       0.0, 0.0},
+       [] { TestString s("abcdefghijklmn"); for (int i = 0; i < 6; ++i) s.Append("x", 1); },
+       0, 2, 1, 0, 0, 2, 72, 19.5, 0.5, 16.5, 15.5},
+      {"long text: header alone", [] { TestString s(std::string(239, 'x')); },
+       1, 0, 0, 0, 0, 1, 0, 0.0, 0.0, 0.0, 0.0},
       {"borrowed, then copied on change",
-       [] {
-         TestString s("text", 4, atr_StringBase::Borrow);
-         s.Append("!", 1);
-       },
-       1, 1, 0, 0, 0, 2, 20, 5.0, 15.0},
-      {"a live string stays active", [&live] { live.emplace("x"); }, 0, 1, 0, 1, 20, 1, 20, 0.0,
-       0.0},
-      {"shared string edited",
-       [] {
-         TestString a("abcd");
-         TestString b = a;
-         b.Erase(0, 1);
-       },
-       0, 2, 0, 0, 0, 2, 40, 3.5, 16.5},
+       [] { TestString s("text", 4, atr_StringBase::Borrow); s.Append("!", 1); },
+       1, 1, 0, 0, 0, 2, 20, 5.0, 0.0, 15.0, 0.0},
+      {"a live string stays active", [&live] { live.emplace("x"); },
+       0, 1, 0, 1, 20, 1, 20, 0.0, 0.0, 0.0, 0.0},
+      {"shared string edited", [] { TestString a("abcd"); TestString b = a; b.Erase(0, 1); },
+       0, 2, 0, 0, 0, 2, 40, 3.5, 0.5, 16.5, 0.5},
+      {"different lengths", [] { TestString a("12"); TestString b("123456"); },
+       0, 2, 0, 0, 0, 2, 40, 4.0, 2.0, 16.0, 2.0},
+      // clang-format on
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
     const auto s = StatisticsOf(c.work);
-    EXPECT_EQ(c.reps, s.repsCreated) << c.name;
-    EXPECT_EQ(c.strings, s.stringsCreated) << c.name;
-    EXPECT_EQ(c.extensions, s.extensionFailures) << c.name;
-    EXPECT_EQ(c.active, s.active) << c.name;
-    EXPECT_EQ(c.bytes, s.bytesInUse) << c.name;
-    EXPECT_EQ(c.maxActive, s.maximumActive) << c.name;
-    EXPECT_EQ(c.maxBytes, s.maximumBytesInUse) << c.name;
-    EXPECT_DOUBLE_EQ(c.meanLength, s.meanLength) << c.name;
-    EXPECT_DOUBLE_EQ(c.meanSpare, s.meanSpare) << c.name;
+    EXPECT_EQ(c.reps, s.repsCreated);
+    EXPECT_EQ(c.strings, s.stringsCreated);
+    EXPECT_EQ(c.extensions, s.extensionFailures);
+    EXPECT_EQ(c.active, s.active);
+    EXPECT_EQ(c.bytes, s.bytesInUse);
+    EXPECT_EQ(c.maxActive, s.maximumActive);
+    EXPECT_EQ(c.maxBytes, s.maximumBytesInUse);
+    EXPECT_DOUBLE_EQ(c.meanLength, s.meanLength);
+    EXPECT_DOUBLE_EQ(c.sigmaLength, s.sigmaLength);
+    EXPECT_DOUBLE_EQ(c.meanSpare, s.meanSpare);
+    EXPECT_DOUBLE_EQ(c.sigmaSpare, s.sigmaSpare);
   }
   live.reset();
-}
-
-TEST(atr_StringStatistics, SigmaOfDifferentLengths) {
-  const auto s = StatisticsOf([] {
-    TestString a("12");
-    TestString b("123456");
-  });
-  EXPECT_DOUBLE_EQ(4.0, s.meanLength);
-  EXPECT_DOUBLE_EQ(2.0, s.sigmaLength);
-  EXPECT_DOUBLE_EQ(16.0, s.meanSpare);
-  EXPECT_DOUBLE_EQ(2.0, s.sigmaSpare);
-}
-
-TEST(atr_StringStatistics, NothingIsReportedWithoutTheVariable) {
-  kld_test::FreshLibrary fresh;
-  kld_test::ScopedEnv summary("ATR_SUMMARY", nullptr);
-  int tally = 0;
-  TPXBasAtr_initialize(tally);
-  { TestString s("abc"); }
-  testing::internal::CaptureStderr();
-  TPXBasAtr_finalize(tally);
-  EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
 // ---------------------------------------------------------------------------------------------
 // Searches and comparison.
 // ---------------------------------------------------------------------------------------------
 
-TEST(atr_StringSearch, FindGivesTheLengthWhenNothingIsFound) {
+// Find and rfind give the length when nothing is found.
+TEST(atr_StringSearch, FindRfindCompareSubstrAndIndex) {
   const struct {
     const char* text;
     const char* what;
     int start;
     int expected;
-  } cases[] = {
+  } finds[] =
+      {
+          // clang-format off
       {"abc", "x", 0, 3},     {"", "x", 0, 0},        {"", "", 0, 0},        {"abcabc", "bc", 0, 1},
       {"abcabc", "bc", 2, 4}, {"abcabc", "bc", 5, 6}, {"abc", "c", 3, 3},    {"abc", "", 2, 2},
       {"abc", "a", 4, 3},     {"abc", "a", -1, 3},    {"abc", "abcd", 0, 3}, {"aab", "ab", 0, 1},
-  };
-  for (const auto& c : cases) {
-    const TestString s(c.text);
-    EXPECT_EQ(c.expected, s.Find(c.what, c.start)) << c.text << " / " << c.what << " @" << c.start;
-  }
+          // clang-format on
+      },
+    rfinds[] = {
+        // clang-format off
+      {"abc", "a", 0, 3},     {"abcabc", "a", 1, 0},  {"abcabc", "a", 3, 3}, {"abcabc", "a", 100, 3},
+      {"abcabc", "bc", 4, 4}, {"abcabc", "bc", 3, 1}, {"aaaa", "aa", 10, 2}, {"abc", "x", 5, 3},
+      {"abc", "", 5, 3},      {"abc", "a", -5, 3},    {"", "a", 5, 0},
+        // clang-format on
+    };
+  for (const auto& c : finds)
+    EXPECT_EQ(c.expected, TestString(c.text).Find(c.what, c.start))
+        << c.text << " / " << c.what << " @" << c.start;
+  for (const auto& c : rfinds)
+    EXPECT_EQ(c.expected,
+              TestString(c.text).rfind(c.what, static_cast<int>(std::strlen(c.what)), c.start))
+        << c.text << " / " << c.what << " limit " << c.start;
   const TestString zeros(std::string("a\0bc\0bc", 7));
   EXPECT_EQ(2, zeros.Find("bc", 0));  // the search covers the whole length, zero bytes included
   EXPECT_EQ(5, zeros.Find("bc", 3));
-}
+  EXPECT_EQ(4, TestString("abcabc").rfind("bcX", 2, 6));  // only textLength bytes count
 
-TEST(atr_StringSearch, RfindTakesTheLastOccurrenceNotAboveTheLimit) {
-  const struct {
-    const char* text;
-    const char* what;
-    int limit;
-    int expected;
-  } cases[] = {
-      {"abc", "a", 0, 3},      {"abcabc", "a", 1, 0},  {"abcabc", "a", 3, 3},
-      {"abcabc", "a", 100, 3}, {"abcabc", "bc", 4, 4}, {"abcabc", "bc", 3, 1},
-      {"aaaa", "aa", 10, 2},   {"abc", "x", 5, 3},     {"abc", "", 5, 3},
-      {"abc", "a", -5, 3},     {"", "a", 5, 0},
-  };
-  for (const auto& c : cases) {
-    const TestString s(c.text);
-    EXPECT_EQ(c.expected, s.rfind(c.what, static_cast<int>(std::strlen(c.what)), c.limit))
-        << c.text << " / " << c.what << " limit " << c.limit;
-  }
-  const TestString s("abcabc");
-  EXPECT_EQ(4, s.rfind("bcX", 2, 6));  // only textLength bytes of the text count
-}
-
-TEST(atr_StringSearch, CompareSubstrAndIndex) {
   const struct {
     const char* a;
     const char* b;
@@ -425,11 +370,8 @@ TEST(atr_StringSearch, CompareSubstrAndIndex) {
   for (const auto& c : order) EXPECT_EQ(c.expected, TestString(c.a).Compare(c.b)) << c.a;
 
   const TestString s("hello");
-  EXPECT_EQ(5, s.Substr(0, ATR_TO_END));
-  EXPECT_EQ(2, s.Substr(3, 10));
-  EXPECT_EQ(1, s.Substr(3, 1));
-  EXPECT_EQ(0, s.Substr(5, 3));
-  EXPECT_EQ(0, s.Substr(2, -4));
+  const int substr[][3] = {{0, ATR_TO_END, 5}, {3, 10, 2}, {3, 1, 1}, {5, 3, 0}, {2, -4, 0}};
+  for (const auto& c : substr) EXPECT_EQ(c[2], s.Substr(c[0], c[1])) << c[0] << "," << c[1];
   EXPECT_EQ('o', std::as_const(s)[4]);
   EXPECT_EQ(ATR_EOS, std::as_const(s)[5]);
   const TestString none;
@@ -458,9 +400,12 @@ void RunEdits(const EditCase* cases, std::size_t count) {
   }
 }
 
-TEST(atr_StringEdit, InsertReplaceEraseAppend) {
+TEST(atr_StringEdit, EveryEditGivesItsTextLengthAndTerminator) {
+  ScopedCtype utf8("C.UTF-8");  // case changes skip multi-byte characters
+  ASSERT_TRUE(utf8.ok());
   const std::string big(300, 'b');
   const EditCase cases[] = {
+      // clang-format off
       {"append part", "ab", [](TestString& s) { s.append("0123", 4, 1, 2); }, "ab12"},
       {"append to end", "ab", [](TestString& s) { s.append("0123", 4, 2, ATR_TO_END); }, "ab23"},
       {"append to empty", "", [](TestString& s) { s.Append("xy", 2); }, "xy"},
@@ -468,73 +413,44 @@ TEST(atr_StringEdit, InsertReplaceEraseAppend) {
       {"insert middle", "abcd", [](TestString& s) { s.insert(2, "XYZ", 3, 1, 5); }, "abYZcd"},
       {"insert end", "abcd", [](TestString& s) { s.insert(4, "XY", 2, 0, 9); }, "abcdXY"},
       {"insert into empty", "", [](TestString& s) { s.insert(0, "XY", 2, 0, 9); }, "XY"},
-      {"insert grows long", big, [](TestString& s) { s.insert(1, "XY", 2, 0, 9); },
-       "b" + std::string("XY") + std::string(299, 'b')},
+      {"insert grows long", big, [](TestString& s) { s.insert(1, "XY", 2, 0, 9); }, "b" + std::string("XY") + std::string(299, 'b')},
       {"replace shorter", "abcdef", [](TestString& s) { s.replace(1, 3, "X", 1, 0, 1); }, "aXef"},
-      {"replace longer", "abcdef", [](TestString& s) { s.replace(1, 1, "XYZ", 3, 0, 9); },
-       "aXYZcdef"},
-      {"replace to end", "abcdef", [](TestString& s) { s.replace(2, ATR_TO_END, "!", 1, 0, 1); },
-       "ab!"},
-      {"replace past source", "abcdef", [](TestString& s) { s.replace(0, 1, "XYZ", 3, 3, 1); },
-       "bcdef"},
-      {"Replace by string", "abcdef", [](TestString& s) { s.Replace(0, 2, TestString("__")); },
-       "__cdef"},
+      {"replace longer", "abcdef", [](TestString& s) { s.replace(1, 1, "XYZ", 3, 0, 9); }, "aXYZcdef"},
+      {"replace to end", "abcdef", [](TestString& s) { s.replace(2, ATR_TO_END, "!", 1, 0, 1); }, "ab!"},
+      {"replace past source", "abcdef", [](TestString& s) { s.replace(0, 1, "XYZ", 3, 3, 1); }, "bcdef"},
+      {"Replace by string", "abcdef", [](TestString& s) { s.Replace(0, 2, TestString("__")); }, "__cdef"},
       {"Replace by text", "abcdef", [](TestString& s) { s.Replace(4, 9, "xyz", 2); }, "abcdxy"},
       {"erase middle", "abcdef", [](TestString& s) { s.Erase(1, 2); }, "adef"},
       {"erase to end", "abcdef", [](TestString& s) { s.Erase(3, ATR_TO_END); }, "abc"},
       {"erase all", "abcdef", [](TestString& s) { s.Erase(0, ATR_TO_END); }, ""},
       {"erase long", big, [](TestString& s) { s.Erase(0, 250); }, std::string(50, 'b')},
       {"erase negative count", "abc", [](TestString& s) { s.Erase(1, -3); }, "abc"},
-  };
-  RunEdits(cases, sizeof cases / sizeof cases[0]);
-}
-
-TEST(atr_StringEdit, TrimSubstituteReverse) {
-  const EditCase cases[] = {
       {"trim everywhere", "a,b,,d", [](TestString& s) { s.Trim(","); }, "abd"},
       {"trim blanks", " a b ", [](TestString& s) { s.Trim(" "); }, "ab"},
       {"trim null set", "a b", [](TestString& s) { s.Trim(nullptr); }, "a b"},
       {"left trim", "xxyaxx", [](TestString& s) { s.LeftTrim("xy"); }, "axx"},
       {"right trim", "xxaxyx", [](TestString& s) { s.RightTrim("xy"); }, "xxa"},
       {"right trim all", "xyx", [](TestString& s) { s.RightTrim("xy"); }, ""},
-      {"trim keeps zero bytes", std::string("a\0b", 3), [](TestString& s) { s.Trim("b"); },
-       std::string("a\0", 2)},
+      {"trim keeps zero bytes", std::string("a\0b", 3), [](TestString& s) { s.Trim("b"); }, std::string("a\0", 2)},
       {"substitute grows again", "a", [](TestString& s) { s.Substitute("a", "aa", 3); }, "aaaa"},
       {"substitute count", "a-b-c-d", [](TestString& s) { s.Substitute("-", "+", 2); }, "a+b+c-d"},
       {"substitute removes", "a-b-c", [](TestString& s) { s.Substitute("-", nullptr, 9); }, "abc"},
       {"substitute empty from", "abc", [](TestString& s) { s.Substitute("", "x", 3); }, "abc"},
       {"substitute count 0", "abc", [](TestString& s) { s.Substitute("a", "x", 0); }, "abc"},
-      {"substitute grows long", std::string(200, '.'),
-       [](TestString& s) { s.Substitute(".", "::", 100); },
-       std::string(200, ':') + std::string(100, '.')},
+      {"substitute grows long", std::string(200, '.'), [](TestString& s) { s.Substitute(".", "::", 100); }, std::string(200, ':') + std::string(100, '.')},
       {"reverse bytes", "\xC3\xA9x", [](TestString& s) { s.Reverse(); }, "x\xA9\xC3"},
-      {"assign text", "abc", [](TestString& s) { s = "longer than the old text, in a new class"; },
-       "longer than the old text, in a new class"},
+      {"assign text", "abc", [](TestString& s) { s = "longer than the old text, in a new class"; }, "longer than the old text, in a new class"},
       {"assign shorter", "abcdef", [](TestString& s) { s = "x"; }, "x"},
-  };
-  RunEdits(cases, sizeof cases / sizeof cases[0]);
-}
-
-TEST(atr_StringEdit, CaseChangesSkipMultiByteCharacters) {
-  ScopedCtype utf8("C.UTF-8");
-  ASSERT_TRUE(utf8.ok());
-  const EditCase cases[] = {
       {"upper", "abc Def 1", [](TestString& s) { s.ToUpper(); }, "ABC DEF 1"},
       {"lower", "ABC dEF 1", [](TestString& s) { s.ToLower(); }, "abc def 1"},
-      {"upper skips é", "\xC3\xA9t\xC3\xA9", [](TestString& s) { s.ToUpper(); },
-       "\xC3\xA9T\xC3\xA9"},
-      {"lower after invalid byte",
-       "\xC3"
-       "AB",
-       [](TestString& s) { s.ToLower(); },
-       "\xC3"
-       "ab"},
-      {"zero byte", std::string("a\0b", 3), [](TestString& s) { s.ToUpper(); },
-       std::string("A\0B", 3)},
+      {"upper skips é", "\xC3\xA9t\xC3\xA9", [](TestString& s) { s.ToUpper(); }, "\xC3\xA9T\xC3\xA9"},
+      {"lower after invalid byte", "\xC3" "AB", [](TestString& s) { s.ToLower(); }, "\xC3" "ab"},
+      {"zero byte", std::string("a\0b", 3), [](TestString& s) { s.ToUpper(); }, std::string("A\0B", 3)},
       {"capitalize", "abc", [](TestString& s) { s.Capitalize(); }, "Abc"},
       {"capitalize upper", "Abc", [](TestString& s) { s.Capitalize(); }, "Abc"},
       {"capitalize multibyte", "\xC3\xA9t", [](TestString& s) { s.Capitalize(); }, "\xC3\xA9t"},
       {"capitalize empty", "", [](TestString& s) { s.Capitalize(); }, ""},
+      // clang-format on
   };
   RunEdits(cases, sizeof cases / sizeof cases[0]);
 }

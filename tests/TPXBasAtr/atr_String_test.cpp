@@ -27,7 +27,7 @@ atr_String Bytes(const std::string& bytes) {
 // Construction, concatenation and sub-strings.
 // ---------------------------------------------------------------------------------------------
 
-TEST(atr_StringMake, CopiesTextsAndOtherStrings) {
+TEST(atr_StringMake, CopiesConcatenatesAndCutsBytes) {
   EXPECT_EQ("", Str(atr_MakeAtrString(static_cast<const char*>(nullptr))));
   EXPECT_EQ("abc", Str(atr_MakeAtrString("abc")));
   EXPECT_EQ("-42", Str(atr_String(-42)));
@@ -36,13 +36,11 @@ TEST(atr_StringMake, CopiesTextsAndOtherStrings) {
   EXPECT_EQ("shared?", Str(copy));
   EXPECT_NE(prv.CStr(), copy.CStr());  // a copy, not a sharer
   EXPECT_EQ(std::string("a\0b", 3), Str(Bytes(std::string("a\0b", 3))));
-}
 
-TEST(atr_StringConcat, LeftOperandIsCopiedOnlyWhenShared) {
+  // The left operand is copied only when shared.
   const atr_String a = atr_MakeAtrString("ab");
   const atr_String b = atr_MakeAtrString("cd");
-  const atr_String ab = a + b;
-  EXPECT_EQ("abcd", Str(ab));
+  EXPECT_EQ("abcd", Str(a + b));
   EXPECT_EQ("ab", Str(a));
   EXPECT_EQ("abab", Str(a + a));
   EXPECT_EQ("cd", Str(atr_String() + b));
@@ -53,19 +51,16 @@ TEST(atr_StringConcat, LeftOperandIsCopiedOnlyWhenShared) {
   atr_String l = atr_MakeAtrString(longText.c_str());
   l.Append(l);
   EXPECT_EQ(longText + longText, Str(l));
-}
 
-TEST(atr_StringSubstr, TakesAtMostTheBytesThatRemain) {
+  // Substr takes at most the bytes that remain.
   const atr_String s = atr_MakeAtrString("hello world");
   const struct {
     unsigned start, n;
     const char* expected;
   } cases[] = {{0, 5, "hello"}, {6, 100, "world"}, {6, 4294967295u, "world"},
                {11, 3, ""},     {3, 0, ""},        {0, 11, "hello world"}};
-  for (const auto& c : cases) {
-    const atr_String sub = s.Substr(c.start, c.n);
-    EXPECT_EQ(c.expected, Str(sub)) << c.start << "," << c.n;
-  }
+  for (const auto& sub : cases)
+    EXPECT_EQ(sub.expected, Str(s.Substr(sub.start, sub.n))) << sub.start << "," << sub.n;
   EXPECT_EQ(std::string("\0b", 2), Str(Bytes(std::string("a\0bc", 4)).Substr(1, 2)));
 }
 
@@ -73,41 +68,31 @@ TEST(atr_StringSubstr, TakesAtMostTheBytesThatRemain) {
 // Fields.
 // ---------------------------------------------------------------------------------------------
 
-TEST(atr_StringFields, ExtractFindsTheNthField) {
+TEST(atr_StringFields, ExtractFindsTheNthFieldWithOrWithoutQuotes) {
   const struct {
     const char* text;
     unsigned n;
+    char quote;  // 0: none
     const char* expected;
   } cases[] = {
-      {"a,b,d", 1, "b"},      {"a,b,", 1, "b"}, {"a,,d", 1, ""},   {"a,b,", 2, ""},
-      {"a,b", 3, ""},         {",b", 0, ""},    {"a,b,d", 0, "a"}, {"a,b,d", 2, "d"},
-      {"abc", 0, "abc"},      {"abc", 1, ""},   {"", 0, ""},       {",", 1, ""},
-      {"x,yy,zzz", 2, "zzz"},
+      // clang-format off
+      {"a,b,d", 1, 0, "b"}, {"a,b,", 1, 0, "b"}, {"a,,d", 1, 0, ""}, {"a,b,", 2, 0, ""},
+      {"a,b", 3, 0, ""}, {",b", 0, 0, ""}, {"a,b,d", 0, 0, "a"}, {"a,b,d", 2, 0, "d"},
+      {"abc", 0, 0, "abc"}, {"abc", 1, 0, ""}, {"", 0, 0, ""}, {",", 1, 0, ""},
+      {"x,yy,zzz", 2, 0, "zzz"},
+      {"\"x\"\"y\"", 0, '"', "x\"y"}, {"\"a\",\"b\"", 1, '"', "b"},
+      {"\"a,b\"", 0, '"', "a"},  // the field ends at the separator, quotes or not
+      {"\"a,b\"", 1, '"', "b"}, {"\"\"\"\"", 0, '"', "\"\""}, {"\"\"\"", 0, '"', "\""},
+      {"\"", 0, '"', ""}, {"ab\"", 0, '"', "ab"}, {"plain,text", 1, '"', "text"},
+      {"a,,c", 1, '"', ""},
+      // clang-format on
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(c.expected, Str(atr_MakeAtrString(c.text).extract(c.n, ',')))
+  for (const auto& c : cases) {
+    const atr_String text = atr_MakeAtrString(c.text);
+    EXPECT_EQ(c.expected, Str(c.quote ? text.extract(c.n, ',', c.quote) : text.extract(c.n, ',')))
         << c.text << " field " << c.n;
+  }
   EXPECT_EQ(std::string("b\0c", 3), Str(Bytes(std::string("a;b\0c;d", 7)).extract(1, ';')));
-}
-
-TEST(atr_StringFields, ExtractWithQuotesDropsThemAndUndoublesPairs) {
-  const struct {
-    const char* text;
-    unsigned n;
-    const char* expected;
-  } cases
-      [] =
-          {
-              {"\"x\"\"y\"", 0, "x\"y"}, {"\"a\",\"b\"", 1, "b"},
-              {"\"a,b\"", 0, "a"},  // the field ends at the separator, quotes or not
-              {"\"a,b\"", 1, "b"},       {"\"\"\"\"", 0, "\"\""},
-              {"\"\"\"", 0, "\""},       {"\"", 0, ""},
-              {"ab\"", 0, "ab"},         {"plain,text", 1, "text"},
-              {"a,,c", 1, ""},
-          };
-  for (const auto& c : cases)
-    EXPECT_EQ(c.expected, Str(atr_MakeAtrString(c.text).extract(c.n, ',', '"')))
-        << c.text << " field " << c.n;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -122,26 +107,20 @@ TEST(atr_StringPlaceholders, ReplaceNonTranslatedTakesTheFirstOccurrenceOnly) {
     std::function<void(atr_String&)> replace;
     const char* after;
   } cases[] = {
-      {"position text", "x %2$s y %2$s", [](atr_String& s) { s.ReplaceNonTranslated(2, "abc"); },
-       "x abc y %2$s"},
-      {"position 0 int", "n=%d, m=%d", [](atr_String& s) { s.ReplaceNonTranslated(0, 5); },
-       "n=5, m=%d"},
-      {"position int", "%1$d%12$d", [](atr_String& s) { s.ReplaceNonTranslated(12, -3); },
-       "%1$d-3"},
-      {"position string", "[%1$s]", [&](atr_String& s) { s.ReplaceNonTranslated(1, value); },
-       "[V]"},
-      {"position 0 string", "%s and %s", [&](atr_String& s) { s.ReplaceNonTranslated(0, value); },
-       "V and %s"},
+      // clang-format off
+      {"position text", "x %2$s y %2$s", [](atr_String& s) { s.ReplaceNonTranslated(2, "abc"); }, "x abc y %2$s"},
+      {"position 0 int", "n=%d, m=%d", [](atr_String& s) { s.ReplaceNonTranslated(0, 5); }, "n=5, m=%d"},
+      {"position int", "%1$d%12$d", [](atr_String& s) { s.ReplaceNonTranslated(12, -3); }, "%1$d-3"},
+      {"position string", "[%1$s]", [&](atr_String& s) { s.ReplaceNonTranslated(1, value); }, "[V]"},
+      {"position 0 string", "%s and %s", [&](atr_String& s) { s.ReplaceNonTranslated(0, value); }, "V and %s"},
       {"null value", "<%3$s>", [](atr_String& s) { s.ReplaceNonTranslated(3, nullptr); }, "<>"},
-      {"absent", "no placeholder", [](atr_String& s) { s.ReplaceNonTranslated(1, "x"); },
-       "no placeholder"},
+      {"absent", "no placeholder", [](atr_String& s) { s.ReplaceNonTranslated(1, "x"); }, "no placeholder"},
       {"type matters", "%1$s", [](atr_String& s) { s.ReplaceNonTranslated(1, 7); }, "%1$s"},
-      {"key", "Hello NAME, NAME", [](atr_String& s) { s.ReplaceNonTranslated("NAME", "Ann"); },
-       "Hello Ann, NAME"},
+      {"key", "Hello NAME, NAME", [](atr_String& s) { s.ReplaceNonTranslated("NAME", "Ann"); }, "Hello Ann, NAME"},
       {"key string", "<K>", [&](atr_String& s) { s.ReplaceNonTranslated("K", value); }, "<V>"},
       {"null key", "abc", [](atr_String& s) { s.ReplaceNonTranslated(nullptr, "x"); }, "abc"},
-      {"value is the string", "a%1$sb", [](atr_String& s) { s.ReplaceNonTranslated(1, s); },
-       "aa%1$sbb"},
+      {"value is the string", "a%1$sb", [](atr_String& s) { s.ReplaceNonTranslated(1, s); }, "aa%1$sbb"},
+      // clang-format on
   };
   for (const auto& c : cases) {
     atr_String s = atr_MakeAtrString(c.before);
@@ -156,58 +135,46 @@ TEST(atr_StringPlaceholders, ReplaceNonTranslatedTakesTheFirstOccurrenceOnly) {
 // Line breaking.
 // ---------------------------------------------------------------------------------------------
 
-TEST(atr_StringLines, BreakLineStringKeepsTheWordThatCrossesTheWidth) {
+// BreakLineString keeps the word that crosses the width on its line; AddLineBreaks breaks each
+// line of a text and, when asked to keep broken texts, leaves a text that has a line end as is.
+TEST(atr_StringLines, BreakLineStringAndAddLineBreaks) {
+  enum Call { Break, Add, AddKeep };
   const struct {
     std::string text;
     unsigned width;
+    Call call;
     std::string expected;
   } cases[] = {
-      {"aaaa bbbb cccc dddd", 10, "aaaa bbbb cccc\ndddd"},
-      {"aaaa bbbb cccc dddd", 4, "aaaa\nbbbb\ncccc\ndddd"},
-      {"aaaa bbbb cccc dddd", 5, "aaaa bbbb\ncccc dddd"},
-      {"ab cd", 0, "ab\ncd"},  // width 0 is taken as 1
-      {"ab cd", 1, "ab\ncd"},
-      {"  aa bb", 3, "  aa\nbb"},
-      {"aa   bb", 2, "aa\n  bb"},
-      {"abcdefghij kl", 4, "abcdefghij\nkl"},
-      {"aaaa bbbb\n", 4, "aaaa\nbbbb\n"},
-      {"aaaa bbbb ", 4, "aaaa\nbbbb"},
-      {"aaaa\tbbbb", 4, "aaaa\nbbbb"},
-      {"nospacesatall", 3, "nospacesatall"},
-      {"      ", 3, "      "},
-      {"\xC3\xA9\xC3\xA9 \xC3\xA9", 4, "\xC3\xA9\xC3\xA9\n\xC3\xA9"},  // bytes, not characters
-      {std::string("a\0b c", 5), 2, std::string("a\0b\nc", 5)},
+      // clang-format off
+      {"aaaa bbbb cccc dddd", 10, Break, "aaaa bbbb cccc\ndddd"},
+      {"aaaa bbbb cccc dddd", 4, Break, "aaaa\nbbbb\ncccc\ndddd"},
+      {"aaaa bbbb cccc dddd", 5, Break, "aaaa bbbb\ncccc dddd"},
+      {"ab cd", 0, Break, "ab\ncd"},  // width 0 is taken as 1
+      {"ab cd", 1, Break, "ab\ncd"}, {"  aa bb", 3, Break, "  aa\nbb"}, {"aa   bb", 2, Break, "aa\n  bb"},
+      {"abcdefghij kl", 4, Break, "abcdefghij\nkl"}, {"aaaa bbbb\n", 4, Break, "aaaa\nbbbb\n"},
+      {"aaaa bbbb ", 4, Break, "aaaa\nbbbb"}, {"aaaa\tbbbb", 4, Break, "aaaa\nbbbb"},
+      {"nospacesatall", 3, Break, "nospacesatall"}, {"      ", 3, Break, "      "},
+      {"\xC3\xA9\xC3\xA9 \xC3\xA9", 4, Break, "\xC3\xA9\xC3\xA9\n\xC3\xA9"},  // bytes, not characters
+      {std::string("a\0b c", 5), 2, Break, std::string("a\0b\nc", 5)},
+      {"aaaa bbbb\ncc dd ee", 5, Add, "aaaa bbbb\ncc dd\nee"},
+      {"aaaa bbbb\ncc dd ee", 4, Add, "aaaa\nbbbb\ncc dd\nee"},
+      {"aaaa bbbb\ncc dd ee", 5, AddKeep, "aaaa bbbb\ncc dd ee"},
+      {"aaaa bbbb cc", 5, AddKeep, "aaaa bbbb\ncc"}, {"ab\ncd ef gh\n", 5, Add, "ab\ncd ef\ngh\n"},
+      {"one\n\ntwo three", 3, Add, "one\n\ntwo\nthree"}, {"a b c d", 0, Add, "a\nb\nc\nd"},
+      {"", 0, Add, ""},
+      // clang-format on
   };
   for (const auto& c : cases) {
     const atr_String in = Bytes(c.text);
-    EXPECT_EQ(c.expected, Str(atr_String::BreakLineString(in, c.width)))
-        << '"' << c.text << "\" width " << c.width;
+    EXPECT_EQ(c.expected,
+              Str(c.call == Break ? atr_String::BreakLineString(in, c.width)
+                                  : atr_String::AddLineBreaks(in, c.width, c.call == AddKeep)))
+        << '"' << c.text << "\" width " << c.width << " call " << c.call;
   }
+  // Texts left as they are come back sharing the argument's storage.
   const atr_String fits = atr_MakeAtrString("short text");
   EXPECT_EQ(fits.CStr(), atr_String::BreakLineString(fits, 10).CStr());
   EXPECT_EQ(fits.CStr(), atr_String::AddLineBreaks(fits, 10, false).CStr());
-}
-
-TEST(atr_StringLines, AddLineBreaksBreaksEachLine) {
-  const struct {
-    const char* text;
-    unsigned width;
-    bool keepBroken;
-    const char* expected;
-  } cases[] = {
-      {"aaaa bbbb\ncc dd ee", 5, false, "aaaa bbbb\ncc dd\nee"},
-      {"aaaa bbbb\ncc dd ee", 4, false, "aaaa\nbbbb\ncc dd\nee"},
-      {"aaaa bbbb\ncc dd ee", 5, true, "aaaa bbbb\ncc dd ee"},
-      {"aaaa bbbb cc", 5, true, "aaaa bbbb\ncc"},
-      {"ab\ncd ef gh\n", 5, false, "ab\ncd ef\ngh\n"},
-      {"one\n\ntwo three", 3, false, "one\n\ntwo\nthree"},
-      {"a b c d", 0, false, "a\nb\nc\nd"},
-      {"", 0, false, ""},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(c.expected,
-              Str(atr_String::AddLineBreaks(atr_MakeAtrString(c.text), c.width, c.keepBroken)))
-        << '"' << c.text << "\" width " << c.width << (c.keepBroken ? " keep" : "");
   const atr_String broken = atr_MakeAtrString("already\nbroken text here");
   EXPECT_EQ(broken.CStr(), atr_String::AddLineBreaks(broken, 3, true).CStr());
 }

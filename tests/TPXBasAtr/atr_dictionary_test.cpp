@@ -2,6 +2,8 @@
 #include "atr_translate_testing.h"
 
 #include <clocale>
+#include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
@@ -38,44 +40,29 @@ TEST(atr_DictionaryFixture, LoadsEveryUsableLineAsAHostWould) {
   atr_tr_enable(true);
   std::string warnings = testing::internal::GetCapturedStderr();
 
-  struct Row {
-    const char* text;
-    const char* expected;
-  } rows[] = {
-      {"Open file", "Ouvrir le fichier"},
-      {"Close", "Fermer"},
-      {"Settings", "Paramètres"},
+  const char* rows[][2] = {
+      // clang-format off
+      {"Open file", "Ouvrir le fichier"}, {"Close", "Fermer"}, {"Settings", "Paramètres"},
       {"Open", "Open"},  // identity line: not stored, the text stands for itself
-      {"Line one\nLine two", "Ligne un\nLigne deux"},
-      {"It's done", "C'est fait"},
-      {"Say \"hi\"", "Dites \"salut\""},
-      {"Tab\there", "Tab\tici"},
-      {"Path C:\\temp", "Chemin C:\\temp"},
-      {"Ends with a backslash", "Finit par une barre\\"},
-      {"Octal letters", "ABC"},
-      {"Hex letters", "AJK"},
-      {"Hex without digits", "\\xZZ"},
-      {"Unknown escape", "\\q\\8"},
-      {"Bell and friends", "\a\b\f\r\v"},
+      {"Line one\nLine two", "Ligne un\nLigne deux"}, {"It's done", "C'est fait"},
+      {"Say \"hi\"", "Dites \"salut\""}, {"Tab\there", "Tab\tici"},
+      {"Path C:\\temp", "Chemin C:\\temp"}, {"Ends with a backslash", "Finit par une barre\\"},
+      {"Octal letters", "ABC"}, {"Hex letters", "AJK"}, {"Hex without digits", "\\xZZ"},
+      {"Unknown escape", "\\q\\8"}, {"Bell and friends", "\a\b\f\r\v"},
       {"Open the file\\@menu", "Ouvrir le fichier (menu)"},
       {"Open the file\\@toolbar", "Ouvrir (barre)"},
       {"Open the file\\@status", "Open the file"},  // no entry: the note is cut off
-      {"Café", "Coffee shop"},
-      {"Twice", "Second"},  // the later definition wins
-      {"Empty translation", "Empty translation"},
-      {"No closing quote", "No closing quote"},
+      {"Café", "Coffee shop"}, {"Twice", "Second"},  // the later definition wins
+      {"Empty translation", "Empty translation"}, {"No closing quote", "No closing quote"},
       {"Zero byte", "Zero byte"},  // its key held an escaped zero byte: dropped
-      {"", ""},
-      {"Nul translation", "Nul translation"},
-      {"Trailing blanks", "Blancs finaux"},
-      {"Invalid bytes", "Invalid bytes"},
-      {"Windows line", "Ligne Windows"},
+      {"", ""}, {"Nul translation", "Nul translation"}, {"Trailing blanks", "Blancs finaux"},
+      {"Invalid bytes", "Invalid bytes"}, {"Windows line", "Ligne Windows"},
       {"Last line", "Dernière ligne"},  // no newline at the end of the file
-      {"Open file ", "Open file "},     // lookups are exact
-      {"open file", "open file"},
+      {"Open file ", "Open file "}, {"open file", "open file"},  // lookups are exact
       {"Zoom %d%%", "Zoom %1$d %%"},  // atr_raw interprets no conversion
+      // clang-format on
   };
-  for (const Row& row : rows) EXPECT_EQ(row.expected, Utf8(row.text)) << "text: " << row.text;
+  for (const auto& row : rows) EXPECT_EQ(row[1], Utf8(row[0])) << "text: " << row[0];
 
   EXPECT_EQ("WARNING: atr: Invalid UTF-8 string.\n\"Invalid bytes\"\n\n", warnings);
 }
@@ -223,49 +210,59 @@ TEST(atr_DictionaryHostileFiles, KeepTheLibraryWorkingAndLoseNoValidEntry) {
   }
 }
 
+// The file exists but this user may not read it: as root (CI) the check runs in a child that
+// has dropped to the unprivileged user "nobody" first.
 TEST(atr_DictionaryHostileFiles, UnreadableFileIsNotFound) {
   TempDir dir;
   std::string file = dir.WriteDictionary(Entry("Close", "Fermer"));
+  {  // the same file, readable, is found: the search itself is right
+    SearchEnv env(dir.Path());
+    atr_tr_enable(true);
+    ASSERT_EQ("Fermer", Utf8("Close"));
+  }
   ASSERT_EQ(0, chmod(file.c_str(), 0));
-  if (access(file.c_str(), R_OK) == 0) GTEST_SKIP() << "permissions do not apply to this user";
+  ASSERT_EQ(0, chmod(dir.Path().c_str(), 0755));  // nobody may still walk to the file
+  if (geteuid() != 0 && access(file.c_str(), R_OK) == 0)
+    GTEST_SKIP() << "permissions do not apply to this user";
   SearchEnv env(dir.Path());
-  atr_tr_enable(true);
-  EXPECT_EQ("Close", Utf8("Close"));
+  EXPECT_EXIT(
+      {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) std::_Exit(2);
+        struct stat seen;
+        if (stat(file.c_str(), &seen) != 0 || access(file.c_str(), R_OK) == 0) std::_Exit(3);
+        atr_tr_enable(true);
+        bool untranslated = Utf8("Close") == "Close" &&
+                            std::string(atr<int>("Value %d", 5, kUtf8).CStr()) == "Value 5";
+        std::fprintf(stderr, untranslated ? "untranslated\n" : "translated\n");
+        std::_Exit(untranslated ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "untranslated");
 }
 
 TEST(atr_DictionaryEscapes, AreUndoneOnceInKeysAndTranslations) {
-  struct Row {
-    const char* written;
-    const char* loaded;
-  } rows[] = {
+  const char* rows[][2] = {
       // clang-format off
-      {"\\\\n", "\\n"},           // an escaped backslash is not escaped again
-      {"\\\\\\\\", "\\\\"},
-      {"a\\'b\\\"c", "a'b\"c"},
-      {"\\7\\77\\101x", "\a?Ax"},
-      {"\\1011", "A1"},           // at most three octal digits
-      {"\\x41\\x4aZ", "AJZ"},
-      {"\\x4a2", "\xa2"},         // "2" is one more hex digit
-      {"\\x141", "A"},            // as many hex digits as follow, kept to 8 bits
-      {"\\xg", "\\xg"},
-      {"\\9\\z", "\\9\\z"},
-      {"end\\", "end\\"},
-      {"\\n\\t\\r", "\n\t\r"},
+      {"\\\\n", "\\n"},  // an escaped backslash is not escaped again
+      {"\\\\\\\\", "\\\\"}, {"a\\'b\\\"c", "a'b\"c"}, {"\\7\\77\\101x", "\a?Ax"},
+      {"\\1011", "A1"},  // at most three octal digits
+      {"\\x41\\x4aZ", "AJZ"}, {"\\x4a2", "\xa2"},  // "2" is one more hex digit
+      {"\\x141", "A"},  // as many hex digits as follow, kept to 8 bits
+      {"\\xg", "\\xg"}, {"\\9\\z", "\\9\\z"}, {"end\\", "end\\"}, {"\\n\\t\\r", "\n\t\r"},
       // clang-format on
   };
   TempDir dir;
   std::string file;
   for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
-    file += Entry("k" + std::to_string(i), rows[i].written);
-    file += Entry(std::string("key ") + rows[i].written, "v" + std::to_string(i));
+    file += Entry("k" + std::to_string(i), rows[i][0]);
+    file += Entry(std::string("key ") + rows[i][0], "v" + std::to_string(i));
   }
   dir.WriteDictionary(file);
   SearchEnv env(dir.Path());
   atr_tr_enable(true);
   for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
-    EXPECT_EQ(rows[i].loaded, Utf8(("k" + std::to_string(i)).c_str())) << rows[i].written;
-    EXPECT_EQ("v" + std::to_string(i), Utf8((std::string("key ") + rows[i].loaded).c_str()))
-        << rows[i].written;
+    EXPECT_EQ(rows[i][1], Utf8(("k" + std::to_string(i)).c_str())) << rows[i][0];
+    EXPECT_EQ("v" + std::to_string(i), Utf8((std::string("key ") + rows[i][1]).c_str()))
+        << rows[i][0];
   }
 }
 

@@ -6,9 +6,8 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
-
-using atr_test::SearchEnv;
-using atr_test::TempDir;
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -39,39 +38,26 @@ TEST(atr_translateParse, TemplatesFromFormats) {
     const char* format;
     const char* expected;  // every conversion filled with "<n>", n its argument
   } rows[] = {
-      {"plain text", "plain text"},
-      {"", ""},
-      {"100%% done", "100% done"},
-      {"%d%%s", "<1>%s"},
-      {"abc %", "abc "},
-      {"abc %5", "abc "},
-      {"abc %2$", "abc "},
-      {"%5k", "k"},
-      {"%hd", "hd"},
-      {"%+d", "+d"},
-      {"% d", " d"},
-      {"%#x", "#x"},
-      {"%*d", "*d"},
-      {"%Lf", "Lf"},
-      {"%5%d", "%d"},
-      {"%%%s%%", "%<1>%"},
-      {"%s%s%s", "<1><2><3>"},
-      {"%2$s before %1$s", "<2> before <1>"},
-      {"%2$s %s %s", "<2> <1> <3>"},
-      {"%1$s %3$s", "<1> <2>"},
-      {"%3$s %3$s %1$s", "<2> <3> <1>"},
-      {"%10$s %20$s %5$s", "<2> <3> <1>"},
-      {"%s %1$s", "<2> <1>"},
-      {"%0$s %s", "<1> <2>"},
-      {"%99999999999999$s|%s", "<2>|<1>"},
-      {"a%-5.3ld b", "a<1> b"},
-      {"%ls%lls", "<1><2>"},
-      {"\\@ only a note", ""},
-      {"Open the file\\@menu", "Open the file"},
-      {"Open %s\\@menu %s", "Open <1>"},
-      {"%\xc3\xa9%s\xc3\xa9", "\xc3\xa9<1>\xc3\xa9"},
+      // clang-format off
+      {"plain text", "plain text"}, {"", ""}, {"100%% done", "100% done"}, {"%d%%s", "<1>%s"},
+      {"abc %", "abc "}, {"abc %5", "abc "}, {"abc %2$", "abc "}, {"%5k", "k"}, {"%hd", "hd"},
+      {"%+d", "+d"}, {"% d", " d"}, {"%#x", "#x"}, {"%*d", "*d"}, {"%Lf", "Lf"}, {"%5%d", "%d"},
+      {"%%%s%%", "%<1>%"}, {"%s%s%s", "<1><2><3>"}, {"%2$s before %1$s", "<2> before <1>"},
+      {"%2$s %s %s", "<2> <1> <3>"}, {"%1$s %3$s", "<1> <2>"}, {"%3$s %3$s %1$s", "<2> <3> <1>"},
+      {"%10$s %20$s %5$s", "<2> <3> <1>"}, {"%s %1$s", "<2> <1>"}, {"%0$s %s", "<1> <2>"},
+      {"%99999999999999$s|%s", "<2>|<1>"}, {"a%-5.3ld b", "a<1> b"}, {"%ls%lls", "<1><2>"},
+      {"\\@ only a note", ""}, {"Open the file\\@menu", "Open the file"},
+      {"Open %s\\@menu %s", "Open <1>"}, {"%\xc3\xa9%s\xc3\xa9", "\xc3\xa9<1>\xc3\xa9"},
+      {"%s%s%s%s%s%s", "<1><2><3><4>%s%s"},
+      {"a long literal text that does not fit inside the message object, with %s in it and a"
+       " second conversion %s near its end, so that the template lives on the heap",
+       "a long literal text that does not fit inside the message object, with <1> in it and a"
+       " second conversion <2> near its end, so that the template lives on the heap"},
+      // clang-format on
   };
-  for (const Row& row : rows) EXPECT_EQ(row.expected, Receivers(row.format, 4)) << row.format;
+  // The second pass finds each template kept from the first.
+  for (int pass = 0; pass < 2; ++pass)
+    for (const Row& row : rows) EXPECT_EQ(row.expected, Receivers(row.format, 4)) << row.format;
 }
 
 TEST(atr_translateParse, ConversionTextsAsWritten) {
@@ -85,29 +71,68 @@ TEST(atr_translateParse, ConversionTextsAsWritten) {
       {"%s", 0, nullptr},        {"%s", 2, nullptr},   {"%l", 1, nullptr},
       {"%1$s %1$d", 2, "%d"},    {"text", 1, nullptr},
   };
-  for (const Row& row : rows) {
-    atr_translate message(row.format, kUtf8);
-    const char* got = message.Format(row.n);
-    if (row.expected == nullptr)
-      EXPECT_EQ(nullptr, got) << row.format << " n=" << row.n;
-    else
-      EXPECT_STREQ(row.expected, got) << row.format << " n=" << row.n;
-  }
+  for (int pass = 0; pass < 2; ++pass)
+    for (const Row& row : rows) {
+      atr_translate message(row.format, kUtf8);
+      const char* got = message.Format(row.n);
+      if (row.expected == nullptr)
+        EXPECT_EQ(nullptr, got) << row.format << " n=" << row.n;
+      else
+        EXPECT_STREQ(row.expected, got) << row.format << " n=" << row.n;
+    }
 }
 
 TEST(atr_translateParse, ManyReorderedConversionsReachTheirArguments) {
-  // 40 conversions numbered backwards, then forwards with gaps: the Shell sort must deliver
-  // argument n to the conversion with the n-th lowest number.
+  // 40 conversions numbered backwards: the diminishing-gap sort must deliver argument n to the
+  // conversion with the n-th lowest number, also when the template is kept and reused.
   std::string format, expected;
   for (int i = 40; i >= 1; --i) {
     format += "%" + std::to_string(i) + "$s,";
     expected += "<" + std::to_string(i) + ">,";
   }
   EXPECT_EQ(expected, Receivers(format.c_str(), 40));
+  EXPECT_EQ(expected, Receivers(format.c_str(), 40));
   EXPECT_EQ("<3><1><2>", Receivers("%9$s%2$s%5$s", 3));
 }
 
+TEST(atr_translateParse, TemplatesAreKeptPerThreadAndEvictedSafely) {
+  // More distinct formats than a thread keeps, in two threads at once and then again: every
+  // message must come out as if parsed afresh.
+  auto work = [](int seed, int* failures) {
+    for (int round = 0; round < 3; ++round)
+      for (int i = 0; i < 300; ++i) {
+        std::string format =
+            "%" + std::to_string(i % 3 + 1) + "$s #" + std::to_string(i + seed) + " %s %s";
+        std::string expected = "<" + std::to_string(i % 3 + 1) + "> #" + std::to_string(i + seed) +
+                               (i % 3 == 0   ? " <2> <3>"
+                                : i % 3 == 1 ? " <1> <3>"
+                                             : " <1> <2>");
+        if (Receivers(format.c_str(), 3) != expected) ++*failures;
+      }
+  };
+  int failures[2] = {0, 0};
+  std::thread other(work, 0, &failures[1]);
+  work(150, &failures[0]);
+  other.join();
+  EXPECT_EQ(0, failures[0]);
+  EXPECT_EQ(0, failures[1]);
+
+  // A message whose template is kept needs one allocation only: its result.
+  const char* format = "Exception: %s in file %s at line %d";
+  EXPECT_EQ("Exception: a in file b at line 1", Msg(format, "a", "b", 1));
+  kld_test::AllocationFailureGuard one(1);
+  EXPECT_EQ("Exception: c in file d at line 2", Msg(format, "c", "d", 2));
+}
+
 TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
+  int value = 0;
+  const void* p = &value;
+  char pointer[64];
+  std::snprintf(pointer, sizeof(pointer), "%llx",
+                static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(p)));
+  char buffer[] = "mutable";
+  short s = -2;
+  std::size_t size = 12;
   struct Row {
     std::string got;
     std::string expected;
@@ -118,15 +143,16 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
       {Msg("%8.3f", 5), "5.000000"},
       {Msg("%e", 5), "5.000000e+00"},
       {Msg("%x|%X|%o|%c|%u", 255, 255, 8, 65, -1), "ff|FF|10|A|4294967295"},
-      {Msg("%05d|%-4d|%+d", 42, 7, 3), "00042|7   |+d"},
+      {Msg("%05d|%-4d|%+d|%d|%s", 42, 7, -2147483647 - 1, -5), "00042|7   |+d|-2147483648|-5"},
       {Msg("%lld", 7), "7"},  // '%ld' after the length letter is dropped: still the int's value
       {Msg("%d", 4294967295u), "4294967295"},
-      {Msg("%s|%x|%g", 7u, 255u, 2u), "7|ff|2"},
+      {Msg("%s|%x|%g|%u|%5u", 7u, 255u, 2u, 8u, 9u), "7|ff|2|8|    9"},
       {Msg("%d", 5000000000LL), "5000000000"},
       {Msg("%s", 5000000000LL), "5000000000"},
-      {Msg("%d|%u", -5000000000LL, -1LL), "-5000000000|18446744073709551615"},
+      {Msg("%d|%u|%s", -5000000000LL, -1LL, -9223372036854775807LL - 1),
+       "-5000000000|18446744073709551615|-9223372036854775808"},
       {Msg("%x|%5c|%-3c|", 0x1234567890LL, 0x141LL, 66LL), "1234567890|    A|B  |"},
-      {Msg("%d|%s", 18446744073709551615ULL, 1ULL), "18446744073709551615|1"},
+      {Msg("%d|%s|%u", 18446744073709551615ULL, 1ULL, 2ULL), "18446744073709551615|1|2"},
       {Msg("%f", 3LL), "3.000000"},
       {Msg("%5.2f", 3.14159), " 3.14"},
       {Msg("%e", 1.0), "1.000000e+00"},
@@ -148,6 +174,15 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
       {Msg("%s", atr_MakeAtrString("string")), "string"},
       {Msg("%-7s|", atr_MakeAtrString("str")), "str    |"},
       {Msg("%c", 0), ""},
+      {Msg("%x", p), pointer},
+      {Msg("%d", static_cast<const void*>(nullptr)), "0"},
+      {atr("%s %d %u %g %c", buffer, s, size, 1.5f, 'c', kUtf8).CStr(), "mutable -2 12 1.5 c"},
+      {atr("E: %s in %s at %d", "oops", buffer, 3, kUtf8).CStr(), "E: oops in mutable at 3"},
+      {atr(static_cast<const char*>(nullptr), kUtf8).CStr(), ""},
+      {atr<int>(nullptr, 5, kUtf8).CStr(), ""},
+      {atr_raw(nullptr, kUtf8).CStr(), ""},
+      {atr_raw("Open the file\\@menu", kUtf8).CStr(), "Open the file"},
+      {atr_raw("50% %d", kUtf8).CStr(), "50% %d"},
   };
   for (const Row& row : rows) EXPECT_EQ(row.expected, row.got);
 
@@ -163,36 +198,27 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
   EXPECT_STREQ("A 2 B", message.Result(kUtf8).CStr());
   atr_SubstituteFormat(message, 2, "a much longer replacement text", kUtf8);
   EXPECT_STREQ("A a much longer replacement text B", message.Result(kUtf8).CStr());
-}
 
-TEST(atr_translateSubstitute, PointersAsUnsignedOfTheirSize) {
-  int value = 0;
-  const void* p = &value;
-  char expected[64];
-  std::snprintf(expected, sizeof(expected), "%llx",
-                static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(p)));
-  EXPECT_EQ(expected, Msg("%x", p));
-  EXPECT_EQ("0", Msg("%d", static_cast<const void*>(nullptr)));
-  atr_translate message("%x", kUtf8);
-  ForwardVoidPBySize<4>::Format(message, 1, reinterpret_cast<const void*>(0x123456789ULL));
-  EXPECT_STREQ("23456789", message.Result(kUtf8).CStr());
+  atr_translate narrow("%x", kUtf8);
+  ForwardVoidPBySize<4>::Format(narrow, 1, reinterpret_cast<const void*>(0x123456789ULL));
+  EXPECT_STREQ("23456789", narrow.Result(kUtf8).CStr());
 }
 
 TEST(atr_translateSubstitute, HugeWidthsAndPrecisionsAreBounded) {
-  const int max = atr_translate::MaxField;
+  const size_t max = static_cast<size_t>(atr_translate::MaxField);
   struct Row {
     std::string got;
     size_t length;
     const char* suffix;
   } rows[] = {
-      {Msg("%5000d", 7), static_cast<size_t>(max), "7"},
-      {Msg("%-99999999999d|", 7), static_cast<size_t>(max) + 1, " |"},
-      {Msg("%.2000d", 7), static_cast<size_t>(max), "07"},
-      {Msg("%.2000f", 1.0), 2 + static_cast<size_t>(max), "00"},
-      {Msg("%2000.2000f", -1e308), 310 + 1 + static_cast<size_t>(max), "00"},
-      {Msg("%.2000e", 1e308), 2 + static_cast<size_t>(max) + 5, "e+308"},
-      {Msg("%5000.3000x", 0xffLL), static_cast<size_t>(max), "ff"},
-      {Msg("%2000000000s", "ab"), static_cast<size_t>(max), "ab"},
+      {Msg("%5000d", 7), max, "7"},
+      {Msg("%-99999999999d|", 7), max + 1, " |"},
+      {Msg("%.2000d", 7), max, "07"},
+      {Msg("%.2000f", 1.0), 2 + max, "00"},
+      {Msg("%2000.2000f", -1e308), 310 + 1 + max, "00"},
+      {Msg("%.2000e", 1e308), 2 + max + 5, "e+308"},
+      {Msg("%5000.3000x", 0xffLL), max, "ff"},
+      {Msg("%2000000000s", "ab"), max, "ab"},
       {Msg("%.2000000000s", "ab"), 2, "ab"},
   };
   for (const Row& row : rows) {
@@ -202,18 +228,15 @@ TEST(atr_translateSubstitute, HugeWidthsAndPrecisionsAreBounded) {
 }
 
 TEST(atr_translateSubstitute, FixExponentAndFmtRewriting) {
-  struct Fix {
-    const char* in;
-    const char* out;
-  } fixes[] = {{"1.5e+005", "1.5e+05"},    {"1.5e-007", "1.5e-07"},
-               {"1e+100", "1e+100"},       {"1.5E+005", "1.5E+005"},
-               {"1.5e+05", "1.5e+05"},     {"e", "e"},
-               {"2.0e+0051", "2.0e+0051"}, {"", ""}};
-  for (const Fix& fix : fixes) {
+  const char* fixes[][2] = {{"1.5e+005", "1.5e+05"},    {"1.5e-007", "1.5e-07"},
+                            {"1e+100", "1e+100"},       {"1.5E+005", "1.5E+005"},
+                            {"1.5e+05", "1.5e+05"},     {"e", "e"},
+                            {"2.0e+0051", "2.0e+0051"}, {"", ""}};
+  for (const auto& fix : fixes) {
     char text[32];
-    std::snprintf(text, sizeof(text), "%s", fix.in);
+    std::snprintf(text, sizeof(text), "%s", fix[0]);
     atr_translate::FixExponent(text);
-    EXPECT_STREQ(fix.out, text) << fix.in;
+    EXPECT_STREQ(fix[1], text) << fix[0];
   }
 
   struct FmtRow {
@@ -242,28 +265,8 @@ TEST(atr_translateSubstitute, FixExponentAndFmtRewriting) {
   EXPECT_EQ(0, none.Letter());
 }
 
-TEST(atr_translateEntryPoints, DeducedAndExplicitFormsAgree) {
-  const char* file = "f.cpp";
-  EXPECT_STREQ("Exception: oops in file f.cpp at line 3",
-               (atr<const char*, const char*, int>("Exception: %s in file %s at line %d", "oops",
-                                                   file, 3, kUtf8))
-                   .CStr());
-  EXPECT_STREQ("Exception: oops in file f.cpp at line 3",
-               atr("Exception: %s in file %s at line %d", "oops", file, 3, kUtf8).CStr());
-  char buffer[] = "mutable";
-  short s = -2;
-  std::size_t size = 12;
-  EXPECT_STREQ("mutable -2 12 1.5 c",
-               atr("%s %d %u %g %c", buffer, s, size, 1.5f, 'c', kUtf8).CStr());
-  EXPECT_STREQ("", atr(static_cast<const char*>(nullptr), kUtf8).CStr());
-  EXPECT_STREQ("", atr<int>(nullptr, 5, kUtf8).CStr());
-  EXPECT_STREQ("", atr_raw(nullptr, kUtf8).CStr());
-  EXPECT_STREQ("Open the file", atr_raw("Open the file\\@menu", kUtf8).CStr());
-  EXPECT_STREQ("50% %d", atr_raw("50% %d", kUtf8).CStr());
-}
-
 TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
-  SearchEnv env(atr_test::FixtureDir());
+  atr_test::SearchEnv env(atr_test::FixtureDir());
   testing::internal::CaptureStderr();
   atr_tr_enable(true);
   testing::internal::GetCapturedStderr();
@@ -289,6 +292,9 @@ TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
       {Msg("Not in the dictionary %d", 1), "Not in the dictionary 1"},
   };
   for (const Row& row : rows) EXPECT_EQ(row.expected, row.got);
+  // A template kept before the release is not mistaken for the translation afterwards.
+  atr_trReleaseDB();
+  EXPECT_EQ("Value 5", Msg("Value %d", 5));
 }
 
 TEST(atr_translateModes, LocaleModeConvertsAtTheEdges) {

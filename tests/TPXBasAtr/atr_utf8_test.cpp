@@ -1,5 +1,6 @@
 // Encoding table, UTF-8 stepping and coding, validation and conversion between encodings.
 #include "KLDTPXBasCoreUtils.h"
+#include "atr_StringTestSupport.h"
 #include "gtest/gtest.h"
 
 #include <clocale>
@@ -8,6 +9,8 @@
 #include <vector>
 
 namespace {
+
+using atr_test::ScopedCtype;
 
 using Bytes = std::vector<unsigned char>;
 Bytes B(const std::string& s) { return Bytes(s.begin(), s.end()); }
@@ -47,27 +50,15 @@ TEST(atr_utf8Validate, AcceptsWellFormedTextsOnly) {
     std::string text;
     bool valid;
   } const cases[] = {
-      {kUtf8, "", true},
-      {kUtf8, "abc", true},
-      {kUtf8, "\xC3\xA9", true},
-      {kUtf8, "\xF0\x9F\x98\x80", true},
-      {kUtf8, "\xC0\x80", true},  // overlong is not checked
-      {kUtf8, std::string("a\0b", 3), true},
-      {kUtf8, "\xC3", false},
-      {kUtf8, "\xF0\x9F\x98", false},
-      {kUtf8, "\x80", false},
-      {kUtf8, "\xF8\x80\x80\x80\x80", false},
-      {kUtf8, "\xFF", false},
-      {kUtf8, "\xC3\x41", false},
-      {kUtf8, "\xE2\x82\x41", false},
-      {kUtf8, "\xC3\xA9\xA9", false},
-      {kLatin1, "", true},
-      {kLatin1, "caf\xE9\x7E\xA0\xFF", true},
-      {kLatin1, "a\x7F", false},
-      {kLatin1, "a\x85", false},
-      {kLatin1, "\x9F", false},
-      {kNone, "", false},
-      {kNone, "a", false},
+      // clang-format off
+      {kUtf8, "", true}, {kUtf8, "abc", true}, {kUtf8, "\xC3\xA9", true},
+      {kUtf8, "\xF0\x9F\x98\x80", true}, {kUtf8, "\xC0\x80", true},  // overlong is not checked
+      {kUtf8, std::string("a\0b", 3), true}, {kUtf8, "\xC3", false}, {kUtf8, "\xF0\x9F\x98", false},
+      {kUtf8, "\x80", false}, {kUtf8, "\xF8\x80\x80\x80\x80", false}, {kUtf8, "\xFF", false},
+      {kUtf8, "\xC3\x41", false}, {kUtf8, "\xE2\x82\x41", false}, {kUtf8, "\xC3\xA9\xA9", false},
+      {kLatin1, "", true}, {kLatin1, "caf\xE9\x7E\xA0\xFF", true}, {kLatin1, "a\x7F", false},
+      {kLatin1, "a\x85", false}, {kLatin1, "\x9F", false}, {kNone, "", false}, {kNone, "a", false},
+      // clang-format on
   };
   for (const auto& c : cases) {
     SCOPED_TRACE("id " + std::to_string(c.id) + ": " + Hex(c.text));
@@ -93,17 +84,14 @@ TEST(atr_utf8Coding, CodePointsLeadBytesAndBrokenSequences) {
   struct {
     int codePoint;
     Bytes bytes;  // empty: cannot be encoded
-  } const points[] = {{0x00, {0x00}},
-                      {0x7F, {0x7F}},
-                      {0x80, {0xC2, 0x80}},
-                      {0x7FF, {0xDF, 0xBF}},
-                      {0x800, {0xE0, 0xA0, 0x80}},
-                      {0xFFFF, {0xEF, 0xBF, 0xBF}},
-                      {0x10000, {0xF0, 0x90, 0x80, 0x80}},
-                      {0x1F600, {0xF0, 0x9F, 0x98, 0x80}},
-                      {0x1FFFFF, {0xF7, 0xBF, 0xBF, 0xBF}},
-                      {0x200000, {}},
-                      {-1, {}}};
+  } const points[] = {
+      // clang-format off
+      {0x00, {0x00}}, {0x7F, {0x7F}}, {0x80, {0xC2, 0x80}}, {0x7FF, {0xDF, 0xBF}},
+      {0x800, {0xE0, 0xA0, 0x80}}, {0xFFFF, {0xEF, 0xBF, 0xBF}}, {0x10000, {0xF0, 0x90, 0x80, 0x80}},
+      {0x1F600, {0xF0, 0x9F, 0x98, 0x80}}, {0x1FFFFF, {0xF7, 0xBF, 0xBF, 0xBF}}, {0x200000, {}},
+      {-1, {}},
+      // clang-format on
+  };
   for (const auto& c : points) {
     SCOPED_TRACE(c.codePoint);
     const int n = static_cast<int>(c.bytes.size());
@@ -120,6 +108,9 @@ TEST(atr_utf8Coding, CodePointsLeadBytesAndBrokenSequences) {
     EXPECT_EQ(n, length);
     EXPECT_EQ(out + n, atr_utf8_next(out));
   }
+  // The table rows refuse what they cannot hold rather than dropping it.
+  EXPECT_EQ(-1, atr_encodings[kUtf8].m_fromUcs4(nullptr, 0x200000));
+  EXPECT_EQ(-1, atr_encodings[kNone].m_fromUcs4(nullptr, 'a'));
   // Lead bytes: the announced length; next advances over non-leads by one.
   const std::pair<unsigned char, int> leads[] = {{0x7F, 1}, {0x80, 0}, {0xBF, 0}, {0xC0, 2},
                                                  {0xDF, 2}, {0xE0, 3}, {0xEF, 3}, {0xF0, 4},
@@ -144,16 +135,15 @@ TEST(atr_utf8Coding, PrevFindsTheStartOfTheCharacterBefore) {
   struct {
     std::string text;
     int expected;  // position of the answer for the end of text, -1 for null
-  } const cases[] = {{"a", 0},
-                     {"\xC3\xA9", 0},
-                     {"x\xE2\x82\xAC", 1},
-                     {"\xF0\x9F\x98\x80", 0},
-                     {"\x41\x82\xAC", -1},  // lead missing
-                     {"\xE2\x82", -1},      // the lead announces more
-                     {"\xC3\x82\xAC", -1},  // the lead announces fewer
-                     {"\xC3", -1},
-                     {"\xF8\x80", -1},
-                     {"\xF0\x80\x80\x80\x80", -1}};
+  } const cases[] = {
+      // clang-format off
+      {"a", 0}, {"\xC3\xA9", 0}, {"x\xE2\x82\xAC", 1}, {"\xF0\x9F\x98\x80", 0},
+      {"\x41\x82\xAC", -1},  // lead missing
+      {"\xE2\x82", -1},      // the lead announces more
+      {"\xC3\x82\xAC", -1},  // the lead announces fewer
+      {"\xC3", -1}, {"\xF8\x80", -1}, {"\xF0\x80\x80\x80\x80", -1},
+      // clang-format on
+  };
   for (const auto& c : cases) {
     SCOPED_TRACE(Hex(c.text));
     const char* t = c.text.data();
@@ -234,30 +224,6 @@ TEST(atr_utf8Convert, ZeroTerminatedAndSizedForms) {
   EXPECT_EQ('\0', out[0]);
 }
 
-TEST(atr_utf8Table, RowsMeasureAsTheyWriteAndRefuseWhatTheyCannotHold) {
-  unsigned char out[8] = {};
-  int length = -5;
-  EXPECT_EQ(-1, atr_encodings[kNone].m_toUcs4(out, &length));
-  EXPECT_EQ(-1, atr_encodings[kNone].m_fromUcs4(nullptr, 'a'));
-  EXPECT_EQ(3, atr_encodings[kUtf8].m_fromUcs4(nullptr, 0x20AC));
-  EXPECT_EQ(3, atr_encodings[kUtf8].m_fromUcs4(out, 0x20AC));
-  EXPECT_EQ(0x20AC, atr_encodings[kUtf8].m_toUcs4(out, &length));
-  EXPECT_EQ(-1, atr_encodings[kUtf8].m_fromUcs4(nullptr, 0x200000));  // refused, not dropped
-  EXPECT_EQ(-1, atr_encodings[kLatin1].m_fromUcs4(nullptr, 0x100));
-  out[0] = 0x85;
-  EXPECT_EQ(0x85, atr_encodings[kLatin1].m_toUcs4(out, &length));
-  EXPECT_FALSE(atr_encodings[kLatin1].m_validate(out, 1));
-}
-
-// Switches LC_CTYPE for the scope.
-struct ScopedCtype {
-  explicit ScopedCtype(const char* name)
-      : m_old(std::setlocale(LC_CTYPE, nullptr)), m_ok(std::setlocale(LC_CTYPE, name) != nullptr) {}
-  ~ScopedCtype() { std::setlocale(LC_CTYPE, m_old.c_str()); }
-  std::string m_old;
-  bool m_ok;
-};
-
 TEST(atr_utf8Locale, RoundTripsUnderUtf8AndCLocales) {
   struct {
     const char* locale;
@@ -271,7 +237,7 @@ TEST(atr_utf8Locale, RoundTripsUnderUtf8AndCLocales) {
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.locale) + ": " + Hex(c.utf8));
     ScopedCtype ctype(c.locale);
-    if (!ctype.m_ok) GTEST_SKIP() << c.locale << " not installed";
+    if (!ctype.ok()) GTEST_SKIP() << c.locale << " not installed";
     std::string local, back;
     ASSERT_EQ(c.toLocale, Convert(kLocale, kUtf8, c.utf8, 0, &local));
     if (c.toLocale < 0) continue;
@@ -286,7 +252,7 @@ TEST(atr_utf8Locale, RoundTripsUnderUtf8AndCLocales) {
   EXPECT_EQ(-1, Convert(kUtf8, kLocale, "caf\xE9", 0));
   EXPECT_EQ(-1, atr_locale_from_ucs4(static_cast<char*>(nullptr), 0xE9));
   ScopedCtype u("C.UTF-8");
-  if (!u.m_ok) return;
+  if (!u.ok()) return;
   int length = -5;
   EXPECT_EQ(-1, atr_locale_to_ucs4("", &length));  // the zero byte is no character
   EXPECT_EQ(0, length);

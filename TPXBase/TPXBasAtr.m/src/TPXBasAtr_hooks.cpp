@@ -2,6 +2,7 @@
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
 #include "atr_NatOrder.h"
 #include "atr_StringBase.h"
+#include "atr_TemplateCache.h"
 #include "atr_tr.h"
 #include "kld_ModuleHook.h"
 
@@ -23,5 +24,6 @@ void TPXBasAtr_finalize(int& tally) {
   if (!kld::LeaveUnit(g_count, tally)) return;
   // Tear-down: Releases the dictionary, then reports and destroys the string statistics.
   atr_trReleaseDB();
+  atr_TemplateCache::Clear();  // this thread's kept templates; other threads free theirs at exit
   atr_StringBase::Finalize();
 }

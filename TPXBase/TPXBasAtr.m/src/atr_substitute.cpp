@@ -88,6 +88,29 @@ void Put(atr_translate& message, int n, const char* format, T value, bool fixExp
   message.SetSubstitution(n, buffer, length);
 }
 
+/// Writes a decimal number straight into the substitution: what "%d", "%u" and their 64-bit
+/// forms give without flags, width or precision.
+void PutDecimal(atr_translate& message, int n, unsigned long long magnitude, bool negative) {
+  char buffer[24];
+  char* const end = buffer + sizeof(buffer);
+  char* p = end;
+  do {
+    *--p = static_cast<char>('0' + magnitude % 10);
+    magnitude /= 10;
+  } while (magnitude != 0);
+  if (negative) *--p = '-';
+  message.SetSubstitution(n, p, static_cast<int>(end - p));
+}
+
+void PutSigned(atr_translate& message, int n, long long value) {
+  const unsigned long long magnitude = value < 0 ? 0ull - static_cast<unsigned long long>(value)
+                                                 : static_cast<unsigned long long>(value);
+  PutDecimal(message, n, magnitude, value < 0);
+}
+
+/// True for a conversion that is "%" and its letter only.
+bool IsBare(const char* conversion) { return conversion[1] != '\0' && conversion[2] == '\0'; }
+
 void PutAsDouble(atr_translate& message, int n, char letter, double value) {
   const char format[] = {'%', letter, '\0'};
   Put(message, n, format, value);
@@ -165,10 +188,13 @@ void atr_SubstituteFormat(atr_translate& message, int n, int value, TPXBasString
   char format[64];
   switch (KindOf(letter)) {
     case LetterKind::String:
-      return Put(message, n, "%d", value);
+      return PutSigned(message, n, value);
     case LetterKind::Floating:
       return PutAsDouble(message, n, letter, value);
     case LetterKind::Integer:
+      if (letter == 'd' && IsBare(conversion)) return PutSigned(message, n, value);
+      if (letter == 'u' && IsBare(conversion))
+        return PutDecimal(message, n, static_cast<unsigned int>(value), false);
       CanonicalFormat(format, conversion, "", letter);
       if (letter == 'c' || letter == 'd') return Put(message, n, format, value);
       return Put(message, n, format, static_cast<unsigned int>(value));
@@ -182,10 +208,12 @@ void atr_SubstituteFormat(atr_translate& message, int n, unsigned int value, TPX
   char format[64];
   switch (KindOf(letter)) {
     case LetterKind::String:
-      return Put(message, n, "%u", value);
+      return PutDecimal(message, n, value, false);
     case LetterKind::Floating:
       return PutAsDouble(message, n, letter, value);
     case LetterKind::Integer:
+      if ((letter == 'd' || letter == 'u') && IsBare(conversion))
+        return PutDecimal(message, n, value, false);
       CanonicalFormat(format, conversion, "", letter == 'd' ? 'u' : letter);
       if (letter == 'c') return Put(message, n, format, static_cast<int>(value));
       return Put(message, n, format, value);
@@ -202,11 +230,15 @@ void Put64(atr_translate& message, int n, T value, bool isUnsigned) {
   char format[64];
   switch (KindOf(letter)) {
     case LetterKind::String:
-      if (isUnsigned) return Put(message, n, "%llu", static_cast<unsigned long long>(value));
-      return Put(message, n, "%lld", static_cast<long long>(value));
+      if (isUnsigned) return PutDecimal(message, n, static_cast<unsigned long long>(value), false);
+      return PutSigned(message, n, static_cast<long long>(value));
     case LetterKind::Floating:
       return PutAsDouble(message, n, letter, static_cast<double>(value));
     case LetterKind::Integer:
+      if ((letter == 'u' || (letter == 'd' && isUnsigned)) && IsBare(conversion))
+        return PutDecimal(message, n, static_cast<unsigned long long>(value), false);
+      if (letter == 'd' && IsBare(conversion))
+        return PutSigned(message, n, static_cast<long long>(value));
       if (letter == 'c') {  // the low byte, as a character
         CanonicalFormat(format, conversion, "", 'c');
         return Put(message, n, format, static_cast<int>(static_cast<unsigned char>(value & 0xFF)));

@@ -3,6 +3,7 @@
 #include "atr_translate.h"
 
 #include "KLDTPXBasAssert.h"
+#include "atr_TemplateCache.h"
 #include "atr_dictionary.h"
 #include "mem_Alloc.h"
 
@@ -107,33 +108,38 @@ void atr_translate::Build(const char* text, TPXBasStringMode mode) {
 
   const char* translation = atr_dictionary::Lookup(text);
   if (translation != nullptr) {
-    if (Parse(translation) == ParseResult::Ok) {
-      Number();
-      Order();
-      return;
-    }
+    if (Prepare(translation, true)) return;
     // A translation is edited by users: one that the parser cannot take is ignored rather
     // than ending the process.
     Clear();
   }
-
-  const char* note = FindNote(m_text);
-  ParseResult result;
-  if (note == nullptr) {
-    result = Parse(m_text);
-  } else {
-    TextBuffer cut(static_cast<size_t>(note - m_text) + 1);
-    std::memcpy(cut.Data(), m_text, static_cast<size_t>(note - m_text));
-    cut.Data()[note - m_text] = '\0';
-    result = Parse(cut.Data());
-  }
-  if (result != ParseResult::Ok) {
+  if (!Prepare(m_text, false)) {
     KLD_ASSERT(0);
     Clear();
-    return;
   }
+}
+
+/// Makes the template of text: from this thread's cache when the same bytes were parsed
+/// before, otherwise by parsing, numbering and ordering (and keeping the result). False when
+/// the text holds "%$".
+bool atr_translate::Prepare(const char* text, bool translated) {
+  const atr_TemplateKey key(text, translated);
+  if (Recall(key)) return true;
+  const char* note = translated ? nullptr : FindNote(text);
+  ParseResult result;
+  if (note == nullptr) {
+    result = Parse(text);
+  } else {
+    TextBuffer cut(static_cast<size_t>(note - text) + 1);
+    std::memcpy(cut.Data(), text, static_cast<size_t>(note - text));
+    cut.Data()[note - text] = '\0';
+    result = Parse(cut.Data());
+  }
+  if (result != ParseResult::Ok) return false;
   Number();
   Order();
+  Remember(key);
+  return true;
 }
 
 atr_translate::~atr_translate() { Clear(); }
@@ -141,16 +147,69 @@ atr_translate::~atr_translate() { Clear(); }
 void atr_translate::Clear() {
   for (int i = 0; i < m_count; ++i)
     if (m_args[i].m_substitution != m_args[i].m_small) mem_Free(m_args[i].m_substitution);
-  // With conversions, one block holds m_byNumber, the template and the conversion texts.
-  if (m_byNumber != nullptr)
-    mem_deleteBuiltIn(m_byNumber);
-  else
-    mem_deleteBuiltIn(m_template);
-  delete[] m_args;
+  if (m_block != m_inlineBlock) mem_deleteBuiltIn(m_block);
+  if (m_args != m_inlineArgs) delete[] m_args;
   m_byNumber = nullptr;
   m_args = nullptr;
   m_template = nullptr;
+  m_formats = nullptr;
+  m_block = nullptr;
+  m_templateBytes = 0;
+  m_formatBytes = 0;
   m_count = 0;
+}
+
+char* atr_translate::NewBlock(size_t size) {
+  m_block = size <= sizeof(m_inlineBlock) ? m_inlineBlock : new (mem_BuiltInAlloc{}) char[size];
+  return m_block;
+}
+
+atr_translate::StrArgs* atr_translate::NewArgs(int count) {
+  m_args = count <= kInlineArgs ? m_inlineArgs : new StrArgs[static_cast<size_t>(count)];
+  return m_args;
+}
+
+bool atr_translate::Recall(const atr_TemplateKey& key) {
+  const atr_CachedTemplate* cached = atr_TemplateCache::Find(key);
+  if (cached == nullptr) return false;
+  const int count = cached->count;
+  const size_t table = sizeof(StrArgs*) * static_cast<size_t>(count);
+  char* block = NewBlock(table + cached->templateBytes + cached->formatBytes);
+  m_byNumber = count > 0 ? reinterpret_cast<StrArgs**>(block) : nullptr;
+  m_template = block + table;
+  m_formats = m_template + cached->templateBytes;
+  m_templateBytes = static_cast<int>(cached->templateBytes);
+  m_formatBytes = static_cast<int>(cached->formatBytes);
+  std::memcpy(m_template, cached->Text(), cached->templateBytes + cached->formatBytes);
+  if (count == 0) return true;
+  StrArgs* args = NewArgs(count);
+  const int* numbers = cached->Numbers();
+  const char* format = m_formats;
+  for (int i = 0; i < count; ++i) {
+    args[i].m_number = numbers[i];
+    args[i].m_format = const_cast<char*>(format);
+    args[i].m_substitution = nullptr;
+    args[i].m_length = 0;
+    format += std::strlen(format) + 1;
+  }
+  const int* order = cached->Order();
+  for (int k = 0; k < count; ++k) m_byNumber[k] = &args[order[k]];
+  m_count = count;
+  return true;
+}
+
+void atr_translate::Remember(const atr_TemplateKey& key) const {
+  atr_CachedTemplate* entry = atr_TemplateCache::Make(
+      key, m_count, static_cast<size_t>(m_templateBytes), static_cast<size_t>(m_formatBytes));
+  if (entry == nullptr) return;
+  for (int i = 0; i < m_count; ++i) {
+    entry->Numbers()[i] = m_args[i].m_number;
+    entry->Order()[i] = static_cast<int>(m_byNumber[i] - m_args);
+  }
+  std::memcpy(entry->Text(), m_template, static_cast<size_t>(m_templateBytes));
+  if (m_formatBytes > 0)
+    std::memcpy(entry->Text() + m_templateBytes, m_formats, static_cast<size_t>(m_formatBytes));
+  atr_TemplateCache::Keep(entry);
 }
 
 atr_translate::ParseResult atr_translate::Parse(const char* text) {
@@ -167,7 +226,7 @@ atr_translate::ParseResult atr_translate::Parse(const char* text) {
   }
 
   if (candidates == 0) {
-    m_template = new (mem_BuiltInAlloc{}) char[length + 1];
+    m_template = NewBlock(length + 1);
     char* out = m_template;
     for (size_t i = 0; i < length; ++i) {
       if (text[i] == '%') {
@@ -177,19 +236,20 @@ atr_translate::ParseResult atr_translate::Parse(const char* text) {
       *out++ = text[i];
     }
     *out = '\0';
+    m_templateBytes = static_cast<int>(out + 1 - m_template);
     return ParseResult::Ok;
   }
 
   // One block: the conversions ordered by number, the template (never longer than the text),
   // then the conversion texts (each at most as long as its source plus a terminator).
   const size_t table = sizeof(StrArgs*) * static_cast<size_t>(candidates);
-  char* block =
-      new (mem_BuiltInAlloc{}) char[table + 2 * length + static_cast<size_t>(candidates) + 2];
+  char* block = NewBlock(table + 2 * length + static_cast<size_t>(candidates) + 2);
   m_byNumber = reinterpret_cast<StrArgs**>(block);
   m_template = block + table;
-  m_args = new StrArgs[static_cast<size_t>(candidates)];
+  m_formats = m_template + length + 1;
+  NewArgs(candidates);
   char* out = m_template;
-  char* formats = m_template + length + 1;
+  char* formats = m_formats;
 
   size_t i = 0;
   while (i < length) {
@@ -245,6 +305,8 @@ atr_translate::ParseResult atr_translate::Parse(const char* text) {
     i = j + 1;
   }
   *out = '\0';
+  m_templateBytes = static_cast<int>(out + 1 - m_template);
+  m_formatBytes = static_cast<int>(formats - m_formats);
   return ParseResult::Ok;
 }
 
@@ -317,21 +379,16 @@ const char* atr_translate::Format(int n) const {
 
 atr_String atr_translate::Result(TPXBasStringMode mode) const {
   if (m_template == nullptr) return atr_String();
-  if (m_count == 0) return TPXBasAtrStringMode::Utf8ToModal(atr_MakeAtrString(m_template), mode);
+  if (m_count == 0) {
+    atr_String message = atr_MakeAtrString(m_template);
+    return mode.IsLocale() ? message.UTF8ToLocale() : message;
+  }
 
   // Placeholders are filled from the conversions in order of appearance; from the first one
   // without a substitution on, every placeholder shows as "%s".
   // The literal pieces are the runs between the placeholders' zero bytes.
-  size_t size = 1;
-  {
-    const char* p = m_template;
-    for (int seen = 0; seen < m_count; ++seen) {
-      size_t run = std::strlen(p);
-      size += run + static_cast<size_t>(m_args[seen].m_length) + 2;
-      p += run + 1;
-    }
-    size += std::strlen(p);
-  }
+  size_t size = static_cast<size_t>(m_templateBytes);
+  for (int seen = 0; seen < m_count; ++seen) size += static_cast<size_t>(m_args[seen].m_length) + 2;
   TextBuffer buffer(size);
   char* out = buffer.Data();
   const char* p = m_template;
@@ -354,7 +411,8 @@ atr_String atr_translate::Result(TPXBasStringMode mode) const {
     }
   }
   *out = '\0';
-  return TPXBasAtrStringMode::Utf8ToModal(atr_MakeAtrString(buffer.Data()), mode);
+  atr_String message = atr_MakeAtrString(buffer.Data());
+  return mode.IsLocale() ? message.UTF8ToLocale() : message;
 }
 
 void atr_translate::FixExponent(char* text) {
