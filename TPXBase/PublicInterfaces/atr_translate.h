@@ -71,6 +71,7 @@ class KLDTPXBAS_API atr_translate {
     char m_small[24];      ///< holds a short substitution without an allocation
   };
   enum class ParseResult { Ok, DollarWithoutNumber };
+  friend struct atr_translateParser;  // lists a text's conversions (atr_inspect.h)
 
   static int compare(const void* a, const void* b);
   void ReportIllegalPosition(int n) const;
