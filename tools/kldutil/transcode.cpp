@@ -59,8 +59,8 @@ constexpr int kLongestCharacter = 16;
 
 /// Finds the first character of the input that stops the conversion: the byte offset, and
 /// whether it is invalid input (true) or a character the target cannot represent (false).
-/// Walks one character at a time with the library's converter: the shortest window that
-/// converts is one character.
+/// Walks one character at a time with the library's validation: the shortest window that is
+/// valid is one character.
 size_t FirstFailure(int to, int from, const char* in, size_t length, char replacement,
                     bool& invalid, int& codePoint) {
   size_t p = 0;
@@ -68,14 +68,10 @@ size_t FirstFailure(int to, int from, const char* in, size_t length, char replac
   while (p < length) {
     int width = 0;
     for (int w = 1; w <= kLongestCharacter && p + static_cast<size_t>(w) <= length; ++w) {
-      char utf8[8];
-      int n = atr_encoding_convert(atr_EncodingUtf8, static_cast<char*>(nullptr), from, in + p, w,
-                                   0, false);
-      if (n < 0 || n > 4) continue;
-      atr_encoding_convert(atr_EncodingUtf8, utf8, from, in + p, w, 0, true);
-      codePoint = atr_utf8_to_ucs4(utf8, nullptr);
-      width = w;
-      break;
+      if (atr_encoding_validate_sized(from, in + p, w)) {
+        width = w;
+        break;
+      }
     }
     if (width == 0) {
       invalid = true;
@@ -83,7 +79,10 @@ size_t FirstFailure(int to, int from, const char* in, size_t length, char replac
     }
     if (atr_encoding_convert(to, static_cast<char*>(nullptr), from, in + p, width, replacement,
                              false) < 0) {
-      invalid = false;
+      char utf8[kLongestCharacter * 4 + 1];
+      if (atr_utf8_from_encoding_sized(utf8, from, in + p, width, true) > 0)
+        codePoint = atr_utf8_to_ucs4(utf8, nullptr);
+      invalid = codePoint < 0;
       return p;
     }
     p += static_cast<size_t>(width);
@@ -162,8 +161,12 @@ int RunTranscode(int argc, char** argv) {
   }
 
   const int length = static_cast<int>(text.Size());
-  int size = atr_encoding_convert(to, static_cast<char*>(nullptr), from, text.Data(), length,
-                                  replacement, false);
+  // The input must be valid as the library validates it (Latin-1 refuses 0x7F to 0x9F,
+  // which its converter alone would take) before it is converted.
+  int size = atr_encoding_validate_sized(from, text.Data(), length)
+                 ? atr_encoding_convert(to, static_cast<char*>(nullptr), from, text.Data(), length,
+                                        replacement, false)
+                 : -1;
   if (size < 0) {
     bool invalid;
     int codePoint;
