@@ -7,12 +7,18 @@
 #include <mutex>
 #include <thread>
 
+#include <pthread.h>
+
 namespace {
 
+// Lock and Unlock hand over straight to the thread library (a tail call, with no error test
+// to come back for): a default std::mutex is a normal, non-recursive pthread mutex, whose
+// lock cannot fail when used as the interface requires, so std::mutex::lock's throw of
+// std::system_error is dead weight on the hottest path of an upgraded lock.
 class StdMutex final : public TPXBasAtiMutex {
  public:
-  void Lock() override { m_mutex.lock(); }
-  void Unlock() override { m_mutex.unlock(); }
+  void Lock() override { pthread_mutex_lock(m_mutex.native_handle()); }
+  void Unlock() override { pthread_mutex_unlock(m_mutex.native_handle()); }
   int TryLock() override { return m_mutex.try_lock() ? 1 : 0; }
   int id() const override { return TPXBasAtiStdThreadFact::kMutexId; }
 

@@ -46,7 +46,7 @@ int ModulesUp() {
   return up;
 }
 
-TEST(KLDTPXBasLifecycle, FreshInitialiseCountsEveryUnitAndFinaliseReturnsIt) {
+TEST(KLDTPXBasLifecycle, FreshInitialiseCountsEveryUnitNestsAndTheLastFinaliseTearsDown) {
   kld_test::FreshLibrary fresh;
   ASSERT_EQ(0, ModulesUp());
   for (int start : {0, 41, -3}) {
@@ -57,25 +57,15 @@ TEST(KLDTPXBasLifecycle, FreshInitialiseCountsEveryUnitAndFinaliseReturnsIt) {
     EXPECT_TRUE(IsUp(TPXBasAlloc_initialize, TPXBasAlloc_finalize));
     EXPECT_TRUE(IsUp(TPXBasGenericsLib_initialize, TPXBasGenericsLib_finalize));
     EXPECT_TRUE(IsUp(TPXBasPrfTrkLib_initialize, TPXBasPrfTrkLib_finalize));
+    TPXBasCoreUtils_initialize(tally);  // nests: same tally
+    TPXBasCoreUtils_finalize(tally);    // back to one level: nothing torn down
+    EXPECT_EQ(start + kUnitsOfAFreshInitialise, tally);
+    EXPECT_EQ(7, ModulesUp());
     TPXBasCoreUtils_finalize(tally);
     EXPECT_EQ(start, tally);
     EXPECT_EQ(0, ModulesUp());
     EXPECT_FALSE(IsUp(TPXBasAlloc_initialize, TPXBasAlloc_finalize));
   }
-}
-
-TEST(KLDTPXBasLifecycle, NestedCallsOnlyCountAndTheLastFinaliseTearsDown) {
-  kld_test::FreshLibrary fresh;
-  int tally = 0;
-  TPXBasCoreUtils_initialize(tally);
-  TPXBasCoreUtils_initialize(tally);  // nests: same tally
-  EXPECT_EQ(kUnitsOfAFreshInitialise, tally);
-  TPXBasCoreUtils_finalize(tally);  // back to one level: nothing torn down
-  EXPECT_EQ(kUnitsOfAFreshInitialise, tally);
-  EXPECT_EQ(7, ModulesUp());
-  TPXBasCoreUtils_finalize(tally);
-  EXPECT_EQ(0, tally);
-  EXPECT_EQ(0, ModulesUp());
 }
 
 TEST(KLDTPXBasLifecycle, InitialiseAfterCompleteFinaliseSetsTheLocaleAgain) {
@@ -115,12 +105,17 @@ TEST(KLDTPXBasLifecycle, SpecificCountRaisedFirstKeepsItsOwnTallyContribution) {
 
 TEST(KLDTPXBasLifecycle, PlainEntryPointsAndLoaderNestOnOneLibraryCount) {
   kld_test::FreshLibrary fresh;  // the loader's own initialise is undone here
+  for (unsigned long thread : {2ul, 3ul}) {
+    EXPECT_EQ(1, DllMain(nullptr, thread, nullptr));
+    EXPECT_EQ(0, ModulesUp()) << "thread notification " << thread << " must not initialise";
+  }
   TPXBasCoreUtils_initializeC();
   EXPECT_EQ(7, ModulesUp());
-  DllMain(nullptr, 1, nullptr);  // nests on the plain entry's initialise
+  EXPECT_EQ(1, DllMain(nullptr, 1, nullptr));  // nests on the plain entry's initialise
   TPXBasCoreUtils_finalizeC();
+  EXPECT_EQ(1, DllMain(nullptr, 3, nullptr));
   EXPECT_EQ(7, ModulesUp()) << "the loader still holds the library";
-  DllMain(nullptr, 0, nullptr);
+  EXPECT_EQ(1, DllMain(nullptr, 0, nullptr));
   EXPECT_EQ(0, ModulesUp());
 
   // Each entry keeps its own tally: a host tally is not touched by either.
@@ -149,20 +144,6 @@ TEST(KLDTPXBasLifecycle, ModuleHeldByTheHostSurvivesLibraryFinalise) {
     EXPECT_EQ(0, tally) << m.name;
     EXPECT_FALSE(IsUp(m.initialize, m.finalize)) << m.name;
   }
-}
-
-TEST(KLDTPXBasLifecycle, LoaderNotificationsReturnSuccessAndOnlyAttachDetachAct) {
-  kld_test::FreshLibrary fresh;
-  EXPECT_EQ(1, DllMain(nullptr, 2, nullptr));
-  EXPECT_EQ(1, DllMain(nullptr, 3, nullptr));
-  EXPECT_EQ(0, ModulesUp()) << "thread notifications must not initialise";
-  EXPECT_EQ(1, DllMain(nullptr, 1, nullptr));
-  EXPECT_EQ(7, ModulesUp());
-  EXPECT_EQ(1, DllMain(nullptr, 3, nullptr));
-  EXPECT_EQ(1, DllMain(nullptr, 2, nullptr));
-  EXPECT_EQ(7, ModulesUp()) << "thread notifications must not finalise";
-  EXPECT_EQ(1, DllMain(nullptr, 0, nullptr));
-  EXPECT_EQ(0, ModulesUp());
 }
 
 }  // namespace

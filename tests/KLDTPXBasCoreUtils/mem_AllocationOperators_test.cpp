@@ -41,10 +41,6 @@ TEST(mem_AllocationOperators, ObjectsAndArraysAreUsableAndReleased) {
   std::memcpy(text, "hello", 6);
   EXPECT_STREQ("hello", text);
   mem_deleteBuiltIn(text);
-  unsigned short* units = new (mem_BuiltInAlloc{}) unsigned short[2];
-  mem_deleteBuiltIn(units);
-  unsigned int* words = new (mem_BuiltInAlloc{}) unsigned int[2];
-  mem_deleteBuiltIn(words);
   HeapThing** table = new (mem_BuiltInAlloc{}) HeapThing*[3]();
   EXPECT_EQ(nullptr, table[2]);
   mem_deleteBuiltIn(table);

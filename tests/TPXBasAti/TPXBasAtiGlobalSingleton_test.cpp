@@ -1,4 +1,5 @@
-// Global singletons: one creation under contention, finalisation, failures, their own lock.
+// The global lock (recursive for its holder, exclusive for others, never released) and the
+// global singletons: one creation under contention, finalisation, failures.
 #include "KLDTPXBasCoreUtils.h"
 #include "ati_TestFactories.h"
 #include "gtest/gtest.h"
@@ -77,62 +78,47 @@ TEST_F(TPXBasAtiGlobalSingletonTest, ManyThreadsAtOnceGetOneObject) {
   EXPECT_TRUE(mem_Testing::RegistryHas(typeid(Slow).name()));
 }
 
-TEST_F(TPXBasAtiGlobalSingletonTest, FinalizeDestroysAndTheNextInstanceIsFresh) {
+TEST_F(TPXBasAtiGlobalSingletonTest, FinalizeDestroysFailuresLeaveNothingAndNestingWorks) {
   TPXBasAtiGlobalSingleton<Slow>::Finalize();  // nothing there yet: harmless
-  Slow& first = TPXBasAtiGlobalSingleton<Slow>::Instance();
-  first.value = 7;
-  EXPECT_EQ(&first, &TPXBasAtiGlobalSingleton<Slow>::Instance());
-  TPXBasAtiGlobalSingleton<Slow>::Finalize();
-  TPXBasAtiGlobalSingleton<Slow>::Finalize();
-  EXPECT_EQ(1, g_destroyed.load());
-  EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
-  EXPECT_EQ(42, TPXBasAtiGlobalSingleton<Slow>::Instance().value);
-  EXPECT_EQ(2, g_constructed.load());
-
-  TPXBasAtiGlobalSingleton<Slow>::Finalize();
-  mem_Testing::SetRegistryEnabled(false);  // created and destroyed all the same
-  EXPECT_EQ(42, TPXBasAtiGlobalSingleton<Slow>::Instance().value);
-  TPXBasAtiGlobalSingleton<Slow>::Finalize();
-  mem_Testing::SetRegistryEnabled(true);
-  EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
-  EXPECT_EQ(3, g_destroyed.load());
-}
-
-TEST_F(TPXBasAtiGlobalSingletonTest, ThrowingConstructorLeavesNothingBehind) {
   g_throw = true;
   EXPECT_THROW(TPXBasAtiGlobalSingleton<Slow>::Instance(), std::runtime_error);
   EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
   g_throw = false;
-  EXPECT_EQ(42, TPXBasAtiGlobalSingleton<Slow>::Instance().value);
-  EXPECT_EQ(1, g_constructed.load());
-
-  Outer& outer = TPXBasAtiGlobalSingleton<Outer>::Instance();
-  EXPECT_EQ(&TPXBasAtiGlobalSingleton<Slow>::Instance(), outer.inner);
+  Slow& first = TPXBasAtiGlobalSingleton<Slow>::Instance();
+  first.value = 7;
+  EXPECT_EQ(&first, TPXBasAtiGlobalSingleton<Outer>::Instance().inner) << "lock taken again";
+  TPXBasAtiGlobalSingleton<Slow>::Finalize();
+  TPXBasAtiGlobalSingleton<Slow>::Finalize();
+  EXPECT_EQ(1, g_destroyed.load());
+  EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
+  mem_Testing::SetRegistryEnabled(false);  // created and destroyed all the same
+  EXPECT_EQ(42, TPXBasAtiGlobalSingleton<Slow>::Instance().value) << "a fresh object";
+  TPXBasAtiGlobalSingleton<Slow>::Finalize();
+  mem_Testing::SetRegistryEnabled(true);
+  EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
+  EXPECT_EQ(2, g_constructed.load());
+  EXPECT_EQ(2, g_destroyed.load());
 }
 
-TEST_F(TPXBasAtiGlobalSingletonTest, OwnLockIsUpgradedBySwitchAndExcludes) {
-  Slow& s = TPXBasAtiGlobalSingleton<Slow>::Instance();  // its lock is a placeholder
-  s.Lock();
-  s.Lock();
-  s.Unlock();
-  s.Unlock();
-  ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact));
-
-  long shared = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
-    threads.emplace_back([&] {
-      for (int r = 0; r < 5000; ++r) {
-        Slow& me = TPXBasAtiGlobalSingleton<Slow>::Instance();
-        me.Lock();
-        long seen = shared;
-        if (r % 64 == 0) std::this_thread::yield();
-        shared = seen + 1;
-        me.Unlock();
-      }
+TEST(TPXBasAtiGlobalLock, RecursiveForTheHolderExclusiveForOthers) {
+  TPXBasAtiGlobalLock::Finalize();  // releases nothing: the lock stays usable
+  std::atomic<bool> started{false}, released{false};
+  bool enteredWhileHeld = true;
+  std::thread other;
+  {
+    TPXBasAtiGlobalLock outer;
+    TPXBasAtiGlobalLock inner;  // the same thread again: must not block
+    other = std::thread([&] {
+      started = true;
+      TPXBasAtiGlobalLock guard;
+      enteredWhileHeld = !released.load();
     });
-  for (std::thread& t : threads) t.join();
-  EXPECT_EQ(20000, shared);
+    while (!started.load()) std::this_thread::yield();
+    for (int i = 0; i < 100; ++i) std::this_thread::yield();  // every chance to get in
+    released = true;
+  }
+  other.join();
+  EXPECT_FALSE(enteredWhileHeld);
 }
 
 TEST(TPXBasAtiGlobalSingletonDeathTest, NoMutexFromTheModel) {

@@ -5,8 +5,10 @@
 #include "gtest/gtest.h"
 #include "kld_TestSupport.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
 #include <typeinfo>
 #include <vector>
 
@@ -86,6 +88,65 @@ class Holder : public TPXBasAtiGlobalSingleton<Holder>, public mem_AllocationOpe
   ~Holder() = default;
 };
 
+// A read-yield-write step that loses updates unless the caller really excludes the others.
+void SlowIncrement(long& shared, int r) {
+  const long seen = shared;
+  if (r % 64 == 0) std::this_thread::yield();
+  shared = seen + 1;
+}
+
+TEST_F(TPXBasAtiThreadingModelTest, EarlyPlaceholdersSynchroniseForRealAfterTheSwitch) {
+  std::unique_ptr<TPXBasAtiMutex> m(TPXBasAtiThreadingModel::newMutex());
+  std::unique_ptr<TPXBasAtiAtomicTemplate<unsigned int>> counter(
+      TPXBasAtiThreadingModel::newAtomic(0));
+  std::unique_ptr<TPXBasAtiBarrier> barrier(TPXBasAtiThreadingModel::newBarrier());
+  std::unique_ptr<TPXBasAtiCondVar> cv(TPXBasAtiThreadingModel::newCondVar());
+  TPXBasAtiGlobalSingleton<Holder>::Instance();  // its lock: a placeholder
+  ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact));
+  EXPECT_EQ(TPXBasAtiStdThreadFact::kMutexId, m->id());
+  EXPECT_EQ(TPXBasAtiStdThreadFact::kBarrierId, barrier->id());
+  EXPECT_EQ(TPXBasAtiStdThreadFact::kCondVarId, cv->id());
+  EXPECT_EQ(405, counter->id()) << "the atomic stays; its guard is upgraded";
+
+  constexpr unsigned int kThreads = 4;
+  constexpr int kRounds = 4000;
+  long underMutex = 0, underHolder = 0;
+  std::atomic<unsigned int> arrived{0}, passedEarly{0};
+  bool signalled[kThreads] = {};  // under cv's lock
+  auto work = [&](unsigned int t) {
+    for (unsigned int round = 1; round <= 3; ++round) {
+      arrived.fetch_add(1);
+      barrier->BarrierSync(kThreads);
+      if (arrived.load() < kThreads * round) passedEarly.fetch_add(1);
+      barrier->BarrierSync(kThreads);  // nobody starts the next round before all checked
+    }
+    for (int r = 0; r < kRounds; ++r) {
+      m->Lock();
+      SlowIncrement(underMutex, r);
+      m->Unlock();
+      TPXBasAtiGlobalSingleton<Holder>::Instance().Lock();
+      SlowIncrement(underHolder, r);
+      TPXBasAtiGlobalSingleton<Holder>::Instance().Unlock();
+      (*counter)++;
+      *counter += 2;
+      counter->Decrement(1);
+    }
+    cv->Lock();  // each thread waits for the next one's signal, the last for the first's
+    signalled[t] = true;
+    cv->Signal();
+    while (!signalled[(t + 1) % kThreads]) cv->WaitForSignal(0);
+    cv->Unlock();
+  };
+  std::vector<std::thread> threads;
+  for (unsigned int t = 0; t < kThreads; ++t) threads.emplace_back(work, t);
+  for (std::thread& t : threads) t.join();
+  EXPECT_EQ(0u, passedEarly.load());
+  EXPECT_EQ(kThreads * kRounds, underMutex);
+  EXPECT_EQ(kThreads * kRounds, underHolder);
+  EXPECT_EQ(2u * kThreads * kRounds, static_cast<unsigned int>(*counter));
+  TPXBasAtiGlobalSingleton<Holder>::Finalize();
+}
+
 TEST_F(TPXBasAtiThreadingModelTest, DestroyedPlaceholdersAreNeverUpgraded) {
   delete TPXBasAtiThreadingModel::newAtomic(1);  // deletes its guard directly
   delete TPXBasAtiThreadingModel::newCondVar();
@@ -97,6 +158,15 @@ TEST_F(TPXBasAtiThreadingModelTest, DestroyedPlaceholdersAreNeverUpgraded) {
   auto* factory = new ati_test::RecordingFactory(7);
   ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(factory));
   EXPECT_EQ(std::vector<std::string>{"M"}, factory->log);
+
+  // A registry that dies first unlinks what it still lists, and what Expunge took out is
+  // unlinked too: AddressSanitizer catches a primitive that would still reach it.
+  auto other = std::make_unique<TPXBasAtiDefaultThreadFact>();
+  std::unique_ptr<TPXBasAtiMutex> orphan(other->newMutex());
+  std::unique_ptr<TPXBasAtiBarrier> expunged(other->newBarrier());
+  const_cast<TPXBasAtiRegistry&>(other->Registry())
+      .Expunge(dynamic_cast<TPXBasAtiUpgradable*>(expunged.get()));
+  other.reset();
 }
 
 TEST(TPXBasAti_hooks, LastFinaliseDestroysTheModelWithItsPrimitivesLeftAlive) {

@@ -1,4 +1,4 @@
-// ati_TestFactories.h: thread factories and fixtures shared by the threading suites.
+// ati_TestFactories.h: a thread factory and a fixture shared by the threading suites.
 #ifndef ATI_TESTFACTORIES_H
 #define ATI_TESTFACTORIES_H
 
@@ -18,32 +18,29 @@ class FreshModel : public ::testing::Test {
   void TearDown() override { TPXBasAtiThreadingModel::Finalize(); }
 };
 
-/// A mutex that counts what is done to it and reports a chosen id.
+/// A mutex that counts its live instances and reports a chosen id; TryLock never obtains it.
 class CountingMutex : public TPXBasAtiMutex {
  public:
-  explicit CountingMutex(int id, int* alive) : m_id(id), m_alive(alive) { ++*m_alive; }
+  CountingMutex(int id, int* alive) : m_id(id), m_alive(alive) { ++*m_alive; }
   ~CountingMutex() override { --*m_alive; }
-  void Lock() override { ++locks; }
-  void Unlock() override { ++unlocks; }
+  void Lock() override {}
+  void Unlock() override {}
   int TryLock() override { return 0; }
   int id() const override { return m_id; }
-  int locks = 0;
-  int unlocks = 0;
 
  private:
   int m_id;
   int* m_alive;
 };
 
-/// A factory whose primitives count themselves; it can be told to give no mutex. Every
-/// newMutex/newCondVar/newBarrier call is logged in order ("M", "C", "B"). It uses the
-/// single-threaded factory for condition variables, barriers and atomics.
+/// Logs every newMutex/newCondVar/newBarrier in order ("M", "C", "B"); gives counting
+/// mutexes (or none), and the single-threaded factory's other primitives.
 class RecordingFactory : public TPXBasAtiThreadFactory {
  public:
   explicit RecordingFactory(int mutexId = 7, bool giveMutexes = true)
       : m_mutexId(mutexId), m_giveMutexes(giveMutexes) {}
-  TPXBasAtiAtomicTemplate<unsigned int>* newAtomic(unsigned int initial) const override {
-    return m_single.newAtomic(initial);
+  TPXBasAtiAtomicTemplate<unsigned int>* newAtomic(unsigned int v) const override {
+    return m_single.newAtomic(v);
   }
   TPXBasAtiMutex* newMutex() const override {
     log.push_back("M");

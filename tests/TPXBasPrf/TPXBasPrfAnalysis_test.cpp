@@ -35,14 +35,6 @@ TEST(TPXBasPrfAnalysis, FirstEntryPointCallCreatesTheRegisteredSingletonOnce) {
   EXPECT_EQ(first, &TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Instance());
   EXPECT_TRUE(a == 1 && b == 2 && c == 3 && d == 4) << "the arguments are only read";
 
-  TPXBasPrfParamList params;
-  first->PhaseStart(1, params);
-  first->PhaseEnd(1, params);
-  first->InfoEvent(2, params);
-  first->WriteIOEvent("restart.dat", 10, 20);
-  first->MarkTime("t");
-  first->RetrieveBlockStart(params);
-
   TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Finalize();
   EXPECT_FALSE(mem_Testing::RegistryHas(name));
   TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Finalize();  // twice: harmless

@@ -8,6 +8,17 @@
 
 namespace {
 
+// Whether one allocation through a throwing entry point succeeds.
+template <void* (*Allocate)(std::size_t)>
+bool Throwing(TPXBasMemAllocator&) {
+  try {
+    mem_Free(Allocate(8));
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 TEST(mem_Alloc, FailureInjectionAllowsExactlyNThenFailsEveryEntryPoint) {
   TPXBasMemAllocator allocator;
   struct EntryPoint {
@@ -27,33 +38,9 @@ TEST(mem_Alloc, FailureInjectionAllowsExactlyNThenFailsEveryEntryPoint) {
          mem_Free(p);
          return p != nullptr;
        }},
-      {"mem_OperatorNewThrow",
-       [](TPXBasMemAllocator&) {
-         try {
-           mem_Free(mem_OperatorNewThrow(8));
-           return true;
-         } catch (const std::bad_alloc&) {
-           return false;
-         }
-       }},
-      {"mem_OperatorNewTinyThrow",
-       [](TPXBasMemAllocator&) {
-         try {
-           mem_Free(mem_OperatorNewTinyThrow(8));
-           return true;
-         } catch (const std::bad_alloc&) {
-           return false;
-         }
-       }},
-      {"mem_OperatorNewThrowBuiltin",
-       [](TPXBasMemAllocator&) {
-         try {
-           mem_Free(mem_OperatorNewThrowBuiltin(8));
-           return true;
-         } catch (const std::bad_alloc&) {
-           return false;
-         }
-       }},
+      {"mem_OperatorNewThrow", Throwing<mem_OperatorNewThrow>},
+      {"mem_OperatorNewTinyThrow", Throwing<mem_OperatorNewTinyThrow>},
+      {"mem_OperatorNewThrowBuiltin", Throwing<mem_OperatorNewThrowBuiltin>},
       {"TPXBasMemAllocator::Alloc",
        [](TPXBasMemAllocator& a) {
          void* p = a.Alloc(8u);
