@@ -76,6 +76,7 @@
 #include "atr_String.h"
 #include "atr_StringBase.h"
 #include "atr_StringBasePrv.h"
+#include "atr_inspect.h"
 #include "atr_tr.h"
 #include "atr_translate.h"
 #include "atr_utf8.h"

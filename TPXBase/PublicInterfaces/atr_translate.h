@@ -77,6 +77,7 @@ class KLDTPXBAS_API atr_translate {
   static constexpr int kInlineArgs = 4;
   /// Templates (with their conversion texts and order) up to this size stay inside the object.
   static constexpr int kInlineBlock = 192;
+  friend struct atr_translateParser;  // lists a text's conversions (atr_inspect.h)
 
   static int compare(const void* a, const void* b);
   void ReportIllegalPosition(int n) const;

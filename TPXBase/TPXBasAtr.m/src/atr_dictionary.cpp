@@ -2,6 +2,7 @@
 #include "atr_dictionary.h"
 
 #include "KLDTPXBasAssert.h"
+#include "atr_inspect.h"
 #include "atr_tr.h"
 #include "atr_utf8.h"
 #include "mem_Alloc.h"
@@ -31,79 +32,9 @@ constexpr int kMarkerLength = sizeof(kMarker) - 1;
 constexpr int kLineBuffer = 8192;
 constexpr long kMaxEntries = INT_MAX / static_cast<long>(sizeof(atr_DictEntry));
 
-// ---------------------------------------------------------------------------------------------
-// Lines.
-// ---------------------------------------------------------------------------------------------
-
-/// Reads the file line by line into a buffer of kLineBuffer bytes. A line longer than
-/// kLineBuffer - 1 bytes is consumed whole and flagged: its entry could not be cut correctly.
-class LineReader {
- public:
-  explicit LineReader(std::FILE* file) : m_file(file) {}
-
-  /// The next line without its newline, or false at the end of the file.
-  bool Next(const char*& line, int& length, bool& overLong) {
-    int n = 0;
-    int c;
-    overLong = false;
-    while ((c = getc_unlocked(m_file)) != EOF && c != '\n') {
-      if (n < kLineBuffer - 1)
-        m_line[n++] = static_cast<char>(c);
-      else
-        overLong = true;
-    }
-    if (c == EOF && n == 0) return false;
-    m_line[n] = '\0';
-    line = m_line;
-    length = n;
-    return true;
-  }
-
- private:
-  std::FILE* m_file;
-  char m_line[kLineBuffer];
-};
-
-enum class LineKind { Other, InvalidUtf8, Unused, Entry };
-
-struct ParsedLine {
-  const char* key;
-  int keyLength;
-  const char* translation;
-  int translationLength;
-};
-
-/// Cuts key and translation out of one line (see the file format in the module's docs).
-LineKind ParseLine(const char* line, int length, ParsedLine& out) {
-  if (std::memchr(line, '\0', static_cast<std::size_t>(length)) != nullptr) return LineKind::Other;
-  const char* marker = static_cast<const char*>(
-      memmem(line, static_cast<std::size_t>(length), kMarker, kMarkerLength));
-  if (marker == nullptr) return LineKind::Other;
-  const char* firstQuote = static_cast<const char*>(std::memchr(line, '\'', marker + 1 - line));
-  if (firstQuote == marker) return LineKind::Other;  // no key before the assignment
-  out.key = firstQuote + 1;
-  out.keyLength = static_cast<int>(marker - out.key);
-
-  // The translation ends at the closing quote; a carriage return and blanks after it are part
-  // of the line end.
-  const char* rest = marker + kMarkerLength;
-  const char* end = line + length;
-  while (end > rest && (end[-1] == '\r' || end[-1] == ' ' || end[-1] == '\t')) --end;
-  if (end == rest || end[-1] != '\'') return LineKind::Unused;  // no closing quote
-  out.translation = rest;
-  out.translationLength = static_cast<int>(end - 1 - rest);
-  if (!atr_encoding_validate_sized(atr_EncodingUtf8, out.translation, out.translationLength))
-    return LineKind::InvalidUtf8;
-  if (out.translationLength == 0) return LineKind::Unused;
-  if (out.translationLength == out.keyLength &&
-      std::memcmp(out.translation, out.key, static_cast<std::size_t>(out.keyLength)) == 0)
-    return LineKind::Unused;  // the text stands for itself either way
-  return LineKind::Entry;
-}
-
-void WarnInvalidUtf8(const ParsedLine& parsed) {
+void WarnInvalidUtf8(const atr_DictLine& line) {
   std::fprintf(stderr, "WARNING: atr: Invalid UTF-8 string.\n");
-  std::fprintf(stderr, "\"%.*s\"\n\n", parsed.keyLength, parsed.key);
+  std::fprintf(stderr, "\"%.*s\"\n\n", line.m_rawKeyLength, line.m_rawKey);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -243,22 +174,119 @@ int atr_dictionary::Unescape(char* text, int len) {
   return out;
 }
 
-int atr_dictionary::ReadDictionary(std::FILE* file) {
-  LineReader reader(file);
-  const char* line;
+// ---------------------------------------------------------------------------------------------
+// Scanning: the one place where lines are cut into key and translation.
+// ---------------------------------------------------------------------------------------------
+
+atr_DictScanner::atr_DictScanner(std::FILE* file)
+    // The line, then the unescaped key and translation, each with its terminator: unescaping
+    // never makes a text longer.
+    : m_file(file), m_buffer(static_cast<char*>(mem_Malloc(2 * kLineBuffer + 2))) {}
+
+atr_DictScanner::~atr_DictScanner() { mem_Free(m_buffer); }
+
+bool atr_DictScanner::ReadLine(int& length, bool& overLong) {
+  int n = 0;
+  int c;
+  overLong = false;
+  while ((c = getc_unlocked(m_file)) != EOF && c != '\n') {
+    if (n < kLineBuffer - 1)
+      m_buffer[n++] = static_cast<char>(c);
+    else
+      overLong = true;  // consumed whole: its entry could not be cut correctly
+  }
+  if (c == EOF && n == 0) return false;
+  m_buffer[n] = '\0';
+  length = n;
+  ++m_number;
+  return true;
+}
+
+bool atr_DictScanner::Next(atr_DictLine& out) {
+  if (m_buffer == nullptr || m_file == nullptr) return false;
   int length;
   bool overLong;
-  ParsedLine parsed;
+  while (ReadLine(length, overLong)) {
+    const char* line = m_buffer;
+    out = atr_DictLine{m_number, atr_DictLineOverLong, "", 0, "", 0, "", 0, "", 0};
+    if (overLong) return true;
+    const char* marker = static_cast<const char*>(
+        memmem(line, static_cast<std::size_t>(length), kMarker, kMarkerLength));
+    if (marker == nullptr) continue;  // comments, headers, blank lines
+    const char* firstQuote = static_cast<const char*>(std::memchr(line, '\'', marker + 1 - line));
+    if (firstQuote == marker) continue;  // no key before the assignment
+    out.m_rawKey = firstQuote + 1;
+    out.m_rawKeyLength = static_cast<int>(marker - out.m_rawKey);
+    if (std::memchr(line, '\0', static_cast<std::size_t>(length)) != nullptr) {
+      out.m_kind = atr_DictLineUnusable;
+      return true;
+    }
+
+    // The translation ends at the closing quote; a carriage return and blanks after it are
+    // part of the line end.
+    const char* rest = marker + kMarkerLength;
+    const char* end = line + length;
+    while (end > rest && (end[-1] == '\r' || end[-1] == ' ' || end[-1] == '\t')) --end;
+    if (end == rest || end[-1] != '\'') {
+      out.m_kind = atr_DictLineNoTranslation;
+      return true;
+    }
+    out.m_rawText = rest;
+    out.m_rawTextLength = static_cast<int>(end - 1 - rest);
+    if (!atr_encoding_validate_sized(atr_EncodingUtf8, out.m_rawText, out.m_rawTextLength))
+      out.m_kind = atr_DictLineInvalidUtf8;
+    else if (out.m_rawTextLength == 0)
+      out.m_kind = atr_DictLineNoTranslation;
+    else if (out.m_rawTextLength == out.m_rawKeyLength &&
+             std::memcmp(out.m_rawText, out.m_rawKey,
+                         static_cast<std::size_t>(out.m_rawKeyLength)) == 0)
+      out.m_kind = atr_DictLineIdentity;  // the text stands for itself either way
+    else
+      out.m_kind = atr_DictLineEntry;
+    if (out.m_kind != atr_DictLineEntry) return true;
+
+    char* key = m_buffer + kLineBuffer;
+    std::memcpy(key, out.m_rawKey, static_cast<std::size_t>(out.m_rawKeyLength));
+    int keyLength = atr_dictionary::Unescape(key, out.m_rawKeyLength);
+    key[keyLength] = '\0';
+    char* text = key + keyLength + 1;
+    std::memcpy(text, out.m_rawText, static_cast<std::size_t>(out.m_rawTextLength));
+    int textLength = atr_dictionary::Unescape(text, out.m_rawTextLength);
+    text[textLength] = '\0';
+    // A zero byte produced by an escape would cut a text short: such a key could never equal
+    // a message text, and such a translation would lose its end.
+    if (keyLength == 0 || std::strlen(key) != static_cast<std::size_t>(keyLength) ||
+        std::strlen(text) != static_cast<std::size_t>(textLength)) {
+      out.m_kind = atr_DictLineUnusable;
+      return true;
+    }
+    out.m_key = key;
+    out.m_keyLength = keyLength;
+    out.m_text = text;
+    out.m_textLength = textLength;
+    return true;
+  }
+  return false;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Loading.
+// ---------------------------------------------------------------------------------------------
+
+int atr_dictionary::ReadDictionary(std::FILE* file) {
+  atr_DictLine line;
 
   // Counting pass: size the table. Lines that are not valid UTF-8 are reported here, once.
   long count = 0;
-  while (reader.Next(line, length, overLong)) {
-    if (overLong) continue;
-    LineKind kind = ParseLine(line, length, parsed);
-    if (kind == LineKind::Entry) {
-      if (count < kMaxEntries) ++count;
-    } else if (kind == LineKind::InvalidUtf8)
-      WarnInvalidUtf8(parsed);
+  {
+    atr_DictScanner scanner(file);
+    while (scanner.Next(line)) {
+      if (line.m_kind == atr_DictLineEntry) {
+        if (count < kMaxEntries) ++count;
+      } else if (line.m_kind == atr_DictLineInvalidUtf8) {
+        WarnInvalidUtf8(line);
+      }
+    }
   }
   if (count == 0) return 0;
   auto* entries =
@@ -268,33 +296,20 @@ int atr_dictionary::ReadDictionary(std::FILE* file) {
 
   // Storing pass. The file may have changed since the first pass: never store more entries
   // than were counted.
-  LineReader again(file);
+  atr_DictScanner scanner(file);
   int stored = 0;
-  while (stored < count && again.Next(line, length, overLong)) {
-    if (overLong || ParseLine(line, length, parsed) != LineKind::Entry) continue;
+  while (stored < count && scanner.Next(line)) {
+    if (line.m_kind != atr_DictLineEntry) continue;
     atr_DictEntry* pEntry = &entries[stored];
     KLD_ASSERT(pEntry);
     auto* block = static_cast<char*>(
-        mem_Malloc(static_cast<size_t>(parsed.keyLength) + parsed.translationLength + 2));
+        mem_Malloc(static_cast<size_t>(line.m_keyLength) + line.m_textLength + 2));
     if (block == nullptr) continue;  // this entry is lost; the others still load
-    std::memcpy(block, parsed.key, static_cast<size_t>(parsed.keyLength));
-    block[parsed.keyLength] = '\0';
-    int keyLength = Unescape(block, parsed.keyLength);
-    char* translation = block + parsed.keyLength + 1;
-    std::memcpy(translation, parsed.translation, static_cast<size_t>(parsed.translationLength));
-    translation[parsed.translationLength] = '\0';
-    int translationLength = Unescape(translation, parsed.translationLength);
-    // A zero byte produced by an escape would cut a text short: such a key could never equal a
-    // message text, and such a translation would lose its end. Empty texts are not stored
-    // either (see ParseLine).
-    if (keyLength == 0 || translationLength == 0 ||
-        std::strlen(block) != static_cast<size_t>(keyLength) ||
-        std::strlen(translation) != static_cast<size_t>(translationLength)) {
-      mem_Free(block);
-      continue;
-    }
+    std::memcpy(block, line.m_key, static_cast<size_t>(line.m_keyLength) + 1);
+    std::memcpy(block + line.m_keyLength + 1, line.m_text,
+                static_cast<size_t>(line.m_textLength) + 1);
     pEntry->key = block;
-    pEntry->translation = translation;
+    pEntry->translation = block + line.m_keyLength + 1;
     ++stored;
   }
   if (stored == 0) {
@@ -325,6 +340,21 @@ const char* atr_dictionary::Lookup(const char* text) {
   return g_entries[lo - 1].translation;
 }
 
+namespace {
+
+/// Loads the file at path into the empty table; a file that cannot be read, or that gives no
+/// entry, leaves the count at -1.
+void LoadFrom(const char* path) {
+  g_count = -1;
+  std::FILE* file = std::fopen(path, "r");
+  if (file == nullptr) return;
+  int stored = atr_dictionary::ReadDictionary(file);
+  std::fclose(file);
+  if (stored > 0) g_count = stored;
+}
+
+}  // namespace
+
 void atr_tr_enable(bool on) {
   if (!on) {
     atr_trReleaseDB();
@@ -334,13 +364,22 @@ void atr_tr_enable(bool on) {
   g_count = -1;
   char* path = atr_dictionary::FindDictionaryFile();
   if (path == nullptr) return;
-  std::FILE* file = std::fopen(path, "r");
+  LoadFrom(path);
   mem_Free(path);
-  if (file == nullptr) return;
-  int stored = atr_dictionary::ReadDictionary(file);
-  std::fclose(file);
-  if (stored > 0) g_count = stored;
 }
+
+int atr_trLoadFile(const char* path) {
+  if (g_count == 0) {
+    if (path == nullptr) {
+      g_count = -1;
+      return 0;
+    }
+    LoadFrom(path);
+  }
+  return g_count > 0 ? g_count : 0;
+}
+
+const char* atr_trLookup(const char* text) { return atr_dictionary::Lookup(text); }
 
 void atr_trReleaseDB() {
   if (g_entries != nullptr) FreeEntries(g_entries, g_count);

@@ -1,0 +1,216 @@
+// atr_inspect_test.cpp: the dictionary scanner, the conversion listing and loading by name.
+#include "KLDTPXBasCoreUtils.h"
+#include "kld_TestSupport.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+/// A file holding bytes, removed at the end of the scope.
+class TempFile {
+ public:
+  explicit TempFile(const std::string& bytes) {
+    const char* dir = std::getenv("TMPDIR");
+    m_path = std::string(dir != nullptr && *dir != '\0' ? dir : "/tmp") + "/atr_inspectXXXXXX";
+    int fd = mkstemp(m_path.data());
+    if (fd >= 0) {
+      if (write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) m_path = "";
+      close(fd);
+    }
+  }
+  ~TempFile() { unlink(m_path.c_str()); }
+  const std::string& Path() const { return m_path; }
+
+ private:
+  std::string m_path;
+};
+
+struct Scanned {
+  int number;
+  atr_DictLineEnm kind;
+  std::string rawKey, key, text;
+};
+
+std::vector<Scanned> Scan(const std::string& bytes) {
+  TempFile file(bytes);
+  std::FILE* in = std::fopen(file.Path().c_str(), "rb");
+  std::vector<Scanned> lines;
+  if (in == nullptr) return lines;
+  atr_DictScanner scanner(in);
+  atr_DictLine line;
+  while (scanner.Next(line))
+    lines.push_back({line.m_number, line.m_kind,
+                     std::string(line.m_rawKey, static_cast<size_t>(line.m_rawKeyLength)),
+                     std::string(line.m_key, static_cast<size_t>(line.m_keyLength)),
+                     std::string(line.m_text, static_cast<size_t>(line.m_textLength))});
+  std::fclose(in);
+  return lines;
+}
+
+const std::string kDictionary =
+    "# header\n"                                    // 1: passed over
+    "d['Open'] = r'Ouvrir'\n"                       // 2
+    "\n"                                            // 3: passed over
+    "d['Open'] = r'Open'\n"                         // 4
+    "d['Bad'] = r'\xff'\n"                          // 5
+    "d['Cut'] = r'no quote\n"                       // 6
+    "d['Empty'] = r''\n"                            // 7
+    "d[''] = r'Nothing'\n"                          // 8
+    "d['Zero\\0'] = r'Null'\n"                      // 9
+    "'] = r'no key'\n"                              // 10: passed over
+    "d['Tab\\tx'] = r'It\\'s \\x41\\101\\q'  \r\n"  // 11
+    "d['Long'] = r'" +
+    std::string(8200, 'y') + "'\n"  // 12
+    + "d['Last'] = r'Dernier'";     // 13: no newline at the end
+
+TEST(atr_DictScanner, ClassifiesEveryLineAsTheLoaderDoes) {
+  const std::vector<Scanned> expected = {
+      {2, atr_DictLineEntry, "Open", "Open", "Ouvrir"},
+      {4, atr_DictLineIdentity, "Open", "", ""},
+      {5, atr_DictLineInvalidUtf8, "Bad", "", ""},
+      {6, atr_DictLineNoTranslation, "Cut", "", ""},
+      {7, atr_DictLineNoTranslation, "Empty", "", ""},
+      {8, atr_DictLineUnusable, "", "", ""},
+      {9, atr_DictLineUnusable, "Zero\\0", "", ""},
+      {11, atr_DictLineEntry, "Tab\\tx", "Tab\tx", "It's AA\\q"},
+      {12, atr_DictLineOverLong, "", "", ""},
+      {13, atr_DictLineEntry, "Last", "Last", "Dernier"},
+  };
+  std::vector<Scanned> got = Scan(kDictionary);
+  ASSERT_EQ(expected.size(), got.size());
+  for (size_t i = 0; i < got.size(); ++i) {
+    SCOPED_TRACE("line " + std::to_string(expected[i].number));
+    EXPECT_EQ(expected[i].number, got[i].number);
+    EXPECT_EQ(expected[i].kind, got[i].kind);
+    EXPECT_EQ(expected[i].rawKey, got[i].rawKey);
+    EXPECT_EQ(expected[i].key, got[i].key);
+    EXPECT_EQ(expected[i].text, got[i].text);
+  }
+}
+
+TEST(atr_DictScanner, LoaderStoresExactlyTheScannedEntriesLastDefinitionFirst) {
+  const std::string bytes =
+      kDictionary + "\nd['Open'] = r'Ouvrir encore'\nd['Bad'] = r'B\xc3\xa9'\n";
+  std::map<std::string, std::string> last;
+  int entries = 0;
+  for (const Scanned& line : Scan(bytes))
+    if (line.kind == atr_DictLineEntry) {
+      last[line.key] = line.text;
+      ++entries;
+    }
+  TempFile file(bytes);
+  atr_trReleaseDB();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(entries, atr_trLoadFile(file.Path().c_str()));
+  EXPECT_EQ("WARNING: atr: Invalid UTF-8 string.\n\"Bad\"\n\n",
+            testing::internal::GetCapturedStderr());
+  for (const auto& [key, text] : last) {
+    const char* found = atr_trLookup(key.c_str());
+    ASSERT_NE(nullptr, found) << key;
+    EXPECT_EQ(text, found) << key;
+  }
+  EXPECT_EQ(nullptr, atr_trLookup("Cut"));
+  EXPECT_EQ(std::string("Ouvrir encore"), atr("Open", TPXBasStringMode(false)).CStr());
+
+  // A second load is a no-op until the release; a missing file loads nothing and is
+  // remembered like a failed search.
+  EXPECT_EQ(entries, atr_trLoadFile("/nonexistent/dictionary.py"));
+  atr_trReleaseDB();
+  EXPECT_EQ(0, atr_trLoadFile("/nonexistent/dictionary.py"));
+  EXPECT_EQ(0, atr_trLoadFile(file.Path().c_str()));
+  EXPECT_EQ(nullptr, atr_trLookup("Open"));
+  atr_trReleaseDB();
+}
+
+struct Expected {
+  int argument;
+  int number;
+  bool numbered;
+  char letter;
+  const char* format;
+};
+
+TEST(atr_FormatConversions, ReportsWhatTheFormatterParses) {
+  struct Case {
+    const char* text;
+    atr_FormatConversions::SourceMode source;
+    bool ok;
+    std::vector<Expected> conversions;
+  } cases[] = {
+      {"Exception: %s in file %s at line %d",
+       atr_FormatConversions::AsTranslation,
+       true,
+       {{1, 1, false, 's', "%s"}, {2, 2, false, 's', "%s"}, {3, 3, false, 'd', "%d"}}},
+      {"%2$s %s %s",
+       atr_FormatConversions::AsTranslation,
+       true,
+       {{2, 2, true, 's', "%s"}, {1, 1, false, 's', "%s"}, {3, 3, false, 's', "%s"}}},
+      // The n-th lowest number receives argument n.
+      {"%1$s %3$s",
+       atr_FormatConversions::AsTranslation,
+       true,
+       {{1, 1, true, 's', "%s"}, {2, 3, true, 's', "%s"}}},
+      {"%-5.2lf|%lld|%5k|%hd|100%%|%+d|%",
+       atr_FormatConversions::AsTranslation,
+       true,
+       {{1, 1, false, 'f', "%-5.2f"}, {2, 2, false, 'd', "%ld"}}},
+      {"bad %$s here", atr_FormatConversions::AsTranslation, false, {}},
+      {"no conversions %%", atr_FormatConversions::AsTranslation, true, {}},
+      {"Open %d\\@menu %s",
+       atr_FormatConversions::AsTranslation,
+       true,
+       {{1, 1, false, 'd', "%d"}, {2, 2, false, 's', "%s"}}},
+      {"Open %d\\@menu %s", atr_FormatConversions::AsFormat, true, {{1, 1, false, 'd', "%d"}}},
+      {"Open %d\\@ %$", atr_FormatConversions::AsFormat, true, {{1, 1, false, 'd', "%d"}}},
+      {nullptr, atr_FormatConversions::AsFormat, true, {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text != nullptr ? c.text : "(null)");
+    atr_FormatConversions list(c.text, c.source);
+    EXPECT_EQ(c.ok, list.Ok());
+    ASSERT_EQ(static_cast<int>(c.conversions.size()), list.Count());
+    for (int i = 0; i < list.Count(); ++i) {
+      const Expected& e = c.conversions[static_cast<size_t>(i)];
+      EXPECT_EQ(e.argument, list[i].m_argument) << i;
+      EXPECT_EQ(e.number, list[i].m_number) << i;
+      EXPECT_EQ(e.numbered, list[i].m_numbered) << i;
+      EXPECT_EQ(e.letter, list[i].m_letter) << i;
+      EXPECT_STREQ(e.format, list[i].m_format) << i;
+      EXPECT_EQ(&list[i], list.ForArgument(e.argument)) << i;
+    }
+    EXPECT_EQ(nullptr, list.ForArgument(0));
+    EXPECT_EQ(nullptr, list.ForArgument(list.Count() + 1));
+  }
+}
+
+TEST(atr_FormatConversions, FailedAllocationThrowsAndLeavesNothing) {
+  for (long n = 0; n < 6; ++n) {
+    SCOPED_TRACE(n);
+    bool threw = false;
+    {
+      kld_test::AllocationFailureGuard failing(n);
+      try {
+        atr_FormatConversions list("%s and %2$d, %s\\@note", atr_FormatConversions::AsFormat);
+        EXPECT_EQ(3, list.Count());
+      } catch (const std::bad_alloc&) {
+        threw = true;
+      }
+    }
+    if (!threw) break;  // enough allocations: every failure point was passed
+  }
+}
+
+TEST(atr_FormatConversionsDeathTest, IndexOutOfRange) {
+  atr_FormatConversions list("%d");
+  EXPECT_DEATH(
+      (void)list[1],
+      "AssertionFailed:i >= 0 && i < m_count \\[TPXBase/TPXBasAtr.m/src/atr_inspect:[0-9]+\\]");
+}
+
+}  // namespace

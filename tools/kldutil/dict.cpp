@@ -1,0 +1,266 @@
+// dict.cpp: "kldutil dict check": lints translation dictionaries with the library's reader.
+#include "kldutil.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+namespace kldutil {
+namespace {
+
+constexpr const char kHelp[] =
+    "Usage: kldutil dict check FILE...\n"
+    "Check translation dictionaries line by line as the library loads them, and report on\n"
+    "the standard error stream, as FILE:LINE: message, every line it would skip and every\n"
+    "entry that would not translate its message faithfully:\n"
+    "  - a translation that is not valid UTF-8 (the library skips the line with a warning)\n"
+    "  - an identity translation, written exactly as its key (not loaded)\n"
+    "  - a line with no closing quote or an empty translation, an empty key, a zero byte,\n"
+    "    or a line longer than 8191 bytes (skipped)\n"
+    "  - a key defined again with a different translation (the last definition is used)\n"
+    "  - conversions of the translation that do not match the key's: another letter ('%d'\n"
+    "    translated as '%s'), a missing or extra argument, an argument number out of range\n"
+    "    or given twice, or a '%$' (the translation is then not used)\n"
+    "For each FILE ('-' is standard input) a summary 'FILE: N entries loaded, M problems'\n"
+    "goes to the standard output.\n"
+    "\n"
+    "Exit status: 0 no problem, 1 a problem found, 2 usage error or a file that cannot be\n"
+    "read.\n";
+
+constexpr const char kDictHelp[] =
+    "Usage: kldutil dict check FILE...\n"
+    "Run 'kldutil dict check --help' for what is checked.\n";
+
+/// Longest excerpt of a key quoted in a message.
+constexpr size_t kExcerpt = 60;
+
+/// One stored entry: where its key and translation are in the arena.
+struct Definition {
+  int line;
+  size_t key;
+  size_t text;
+};
+
+struct Problem {
+  int line;
+  size_t order;    ///< keeps problems of one line in the order found
+  size_t message;  ///< in the arena
+};
+
+/// The problems of one file, sorted by line when printed.
+class Report {
+ public:
+  explicit Report(const char* name) : m_name(name) {}
+
+  void Add(int line, const char* format, ...) __attribute__((format(printf, 3, 4))) {
+    char message[1024];
+    va_list args;
+    va_start(args, format);
+    int n = std::vsnprintf(message, sizeof(message), format, args);
+    va_end(args);
+    if (n < 0) n = 0;
+    if (static_cast<size_t>(n) >= sizeof(message)) n = sizeof(message) - 1;
+    m_problems.Push(Problem{line, m_problems.Size(), AppendText(m_arena, message, n)});
+  }
+
+  size_t Count() const { return m_problems.Size(); }
+
+  void Print() {
+    std::sort(m_problems.Data(), m_problems.Data() + m_problems.Size(),
+              [](const Problem& a, const Problem& b) {
+                return a.line != b.line ? a.line < b.line : a.order < b.order;
+              });
+    for (size_t i = 0; i < m_problems.Size(); ++i)
+      std::fprintf(stderr, "%s:%d: %s\n", m_name, m_problems[i].line,
+                   m_arena.Data() + m_problems[i].message);
+  }
+
+ private:
+  const char* m_name;
+  Bytes m_arena;
+  Array<Problem> m_problems;
+};
+
+/// A quotable excerpt of a key: at most kExcerpt bytes, cut before a UTF-8 character.
+struct Excerpt {
+  Excerpt(const char* text, size_t length) {
+    size_t n = length;
+    if (n > kExcerpt) {
+      n = kExcerpt;
+      while (n > 0 && (static_cast<unsigned char>(text[n]) & 0xC0) == 0x80) --n;
+    }
+    std::memcpy(m_text, text, n);
+    std::strcpy(m_text + n, length > n ? "..." : "");
+  }
+  char m_text[kExcerpt + 4];
+};
+
+/// Argument numbers that are out of range or given twice.
+void CheckNumbers(Report& report, int line, const char* which,
+                  const atr_FormatConversions& conversions) {
+  const int count = conversions.Count();
+  for (int i = 0; i < count; ++i) {
+    const atr_FormatConversion& c = conversions[i];
+    if (!c.m_numbered) continue;
+    if (c.m_number < 1 || c.m_number > count) {
+      report.Add(line,
+                 "%s: argument number %d of \"%s\" is out of range 1 to %d (it receives "
+                 "argument %d)",
+                 which, c.m_number, c.m_format, count, c.m_argument);
+      continue;
+    }
+    for (int j = 0; j < i; ++j)
+      if (conversions[j].m_number == c.m_number) {
+        report.Add(line, "%s: argument number %d is given twice", which, c.m_number);
+        break;
+      }
+  }
+}
+
+/// The conversions of a translation against those of its key.
+void CheckConversions(Report& report, const atr_DictLine& entry) {
+  atr_FormatConversions key(entry.m_key, atr_FormatConversions::AsFormat);
+  atr_FormatConversions text(entry.m_text, atr_FormatConversions::AsTranslation);
+  if (!key.Ok()) {
+    report.Add(entry.m_number, "key holds \"%%$\": formatting it stops the program");
+    return;
+  }
+  if (!text.Ok()) {
+    report.Add(entry.m_number,
+               "translation holds \"%%$\": it is not used, the key is shown instead");
+    return;
+  }
+  CheckNumbers(report, entry.m_number, "key", key);
+  CheckNumbers(report, entry.m_number, "translation", text);
+  const int count = std::max(key.Count(), text.Count());
+  for (int n = 1; n <= count; ++n) {
+    const atr_FormatConversion* k = key.ForArgument(n);
+    const atr_FormatConversion* t = text.ForArgument(n);
+    if (t == nullptr)
+      report.Add(entry.m_number, "translation misses argument %d (\"%s\" in the key)", n,
+                 k->m_format);
+    else if (k == nullptr)
+      report.Add(entry.m_number,
+                 "translation has an extra argument %d (\"%s\"); the key has %d: it shows as "
+                 "\"%%s\"",
+                 n, t->m_format, key.Count());
+    else if (k->m_letter != t->m_letter)
+      report.Add(entry.m_number, "argument %d is \"%s\" in the key but \"%s\" in the translation",
+                 n, k->m_format, t->m_format);
+  }
+}
+
+/// Checks one file; gives its exit status.
+int CheckFile(const char* path) {
+  const char* name;
+  std::FILE* file = OpenInput(path, name);
+  if (file == nullptr) return kUsage;
+  atr_DictScanner scanner(file);
+  if (!scanner.Ok()) {
+    CloseInput(file);
+    throw std::bad_alloc();
+  }
+  Report report(name);
+  Bytes arena;
+  Array<Definition> definitions;
+  atr_DictLine line;
+  long loaded = 0;
+  while (scanner.Next(line)) {
+    Excerpt key(line.m_rawKey, static_cast<size_t>(line.m_rawKeyLength));
+    switch (line.m_kind) {
+      case atr_DictLineEntry:
+        ++loaded;
+        definitions.Push(Definition{line.m_number, AppendText(arena, line.m_key, line.m_keyLength),
+                                    AppendText(arena, line.m_text, line.m_textLength)});
+        CheckConversions(report, line);
+        break;
+      case atr_DictLineIdentity:
+        report.Add(line.m_number, "identity translation of '%s' (not loaded)", key.m_text);
+        break;
+      case atr_DictLineInvalidUtf8:
+        report.Add(line.m_number, "translation of '%s' is not valid UTF-8 (line skipped)",
+                   key.m_text);
+        break;
+      case atr_DictLineNoTranslation:
+        report.Add(line.m_number,
+                   "no closing quote or an empty translation for '%s' (line skipped)", key.m_text);
+        break;
+      case atr_DictLineUnusable:
+        report.Add(line.m_number,
+                   "empty key or a zero byte in the key or translation of '%s' (line skipped)",
+                   key.m_text);
+        break;
+      case atr_DictLineOverLong:
+        report.Add(line.m_number, "line longer than %d bytes (skipped)", atr_DictScanner::MaxLine);
+        break;
+    }
+  }
+  bool readError = std::ferror(file) != 0;
+  CloseInput(file);
+
+  // Keys defined more than once: the last definition is the one looked up.
+  Array<size_t> order;
+  for (size_t i = 0; i < definitions.Size(); ++i) order.Push(i);
+  const char* base = arena.Data();
+  std::sort(order.Data(), order.Data() + order.Size(), [&](size_t a, size_t b) {
+    int c = std::strcmp(base + definitions[a].key, base + definitions[b].key);
+    return c != 0 ? c < 0 : a < b;
+  });
+  for (size_t i = 0; i < order.Size();) {
+    size_t end = i + 1;
+    while (end < order.Size() &&
+           std::strcmp(base + definitions[order[i]].key, base + definitions[order[end]].key) == 0)
+      ++end;
+    const Definition& last = definitions[order[end - 1]];
+    for (size_t j = i + 1; j < end; ++j) {
+      const Definition& earlier = definitions[order[j - 1]];
+      const Definition& later = definitions[order[j]];
+      if (std::strcmp(base + earlier.text, base + later.text) == 0) continue;
+      const char* key = base + later.key;
+      Excerpt excerpt(key, std::strlen(key));
+      report.Add(later.line,
+                 "key '%s' is also defined at line %d with a different translation; line %d "
+                 "is used",
+                 excerpt.m_text, earlier.line, last.line);
+    }
+    i = end;
+  }
+
+  report.Print();
+  std::printf("%s: %ld entries loaded, %zu problems\n", name, loaded, report.Count());
+  if (readError) {
+    std::fprintf(stderr, "kldutil: %s: read error\n", name);
+    return kUsage;
+  }
+  return report.Count() > 0 ? kBadInput : kOk;
+}
+
+}  // namespace
+
+int RunDict(int argc, char** argv) {
+  if (argc == 0) return UsageError("dict", "missing subcommand (check)");
+  if (IsHelp(argv[0])) return PrintHelp(kDictHelp);
+  if (std::strcmp(argv[0], "check") != 0)
+    return UsageError("dict", "unknown subcommand '%s' (use check)", argv[0]);
+  Array<const char*> files;
+  bool options = true;
+  for (int i = 1; i < argc; ++i) {
+    const char* arg = argv[i];
+    if (options && arg[0] == '-' && arg[1] != '\0') {
+      if (IsHelp(arg)) return PrintHelp(kHelp);
+      if (std::strcmp(arg, "--") == 0) {
+        options = false;
+        continue;
+      }
+      return UsageError("dict check", "unknown option '%s'", arg);
+    }
+    files.Push(arg);
+  }
+  if (files.Size() == 0) return UsageError("dict check", "no dictionary file given");
+  int result = kOk;
+  for (size_t i = 0; i < files.Size(); ++i) result = std::max(result, CheckFile(files[i]));
+  return result;
+}
+
+}  // namespace kldutil

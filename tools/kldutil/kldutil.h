@@ -1,0 +1,95 @@
+// kldutil.h: what the subcommands of kldutil share: exit codes, buffers drawn from the
+// allocation service, input files and usage errors.
+#ifndef KLDUTIL_H
+#define KLDUTIL_H
+
+#include "KLDTPXBasCoreUtils.h"
+
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace kldutil {
+
+/// Exit codes of every subcommand.
+enum Exit { kOk = 0, kBadInput = 1, kUsage = 2 };
+
+/// Name shown for standard input in messages.
+constexpr const char kStdinName[] = "<stdin>";
+
+/// Growable array of trivially copyable values, drawn from the allocation service. Throws
+/// std::bad_alloc when memory runs out.
+template <class T>
+class Array {
+ public:
+  Array() = default;
+  ~Array() { mem_Free(m_data); }
+  Array(const Array&) = delete;
+  Array& operator=(const Array&) = delete;
+
+  void Push(const T& value) {
+    Reserve(m_size + 1);
+    m_data[m_size++] = value;
+  }
+  /// Appends n values.
+  void Append(const T* values, size_t n) {
+    if (n == 0) return;
+    Reserve(m_size + n);
+    std::memcpy(m_data + m_size, values, n * sizeof(T));
+    m_size += n;
+  }
+  void Reserve(size_t n) {
+    if (n <= m_capacity) return;
+    size_t capacity = m_capacity < 64 ? 64 : m_capacity;
+    while (capacity < n) capacity *= 2;
+    T* data = static_cast<T*>(mem_Malloc(capacity * sizeof(T)));
+    if (data == nullptr) throw std::bad_alloc();
+    if (m_size > 0) std::memcpy(data, m_data, m_size * sizeof(T));
+    mem_Free(m_data);
+    m_data = data;
+    m_capacity = capacity;
+  }
+  T* Data() { return m_data; }
+  const T* Data() const { return m_data; }
+  size_t Size() const { return m_size; }
+  T& operator[](size_t i) { return m_data[i]; }
+  const T& operator[](size_t i) const { return m_data[i]; }
+
+ private:
+  T* m_data = nullptr;
+  size_t m_size = 0;
+  size_t m_capacity = 0;
+};
+
+using Bytes = Array<char>;
+
+/// Appends the zero-terminated text and its terminator; gives the offset where it starts.
+size_t AppendText(Bytes& arena, const char* text, size_t length);
+
+/// Opens name for reading ("-" is standard input) or reports why it cannot on the standard
+/// error stream and gives null. displayName receives the name to use in messages.
+std::FILE* OpenInput(const char* name, const char*& displayName);
+void CloseInput(std::FILE* file);
+
+/// Reads the rest of file into bytes. False (after a report naming the file) on a read error.
+bool ReadAll(std::FILE* file, const char* displayName, Bytes& bytes);
+
+/// Reports a usage error of a subcommand and gives kUsage.
+int UsageError(const char* command, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+/// Whether arg asks for help.
+inline bool IsHelp(const char* arg) {
+  return std::strcmp(arg, "--help") == 0 || std::strcmp(arg, "-h") == 0;
+}
+
+/// Prints help on the standard output and gives kOk.
+int PrintHelp(const char* text);
+
+int RunNatsort(int argc, char** argv);
+int RunTranscode(int argc, char** argv);
+int RunDict(int argc, char** argv);
+int RunFormat(int argc, char** argv);
+
+}  // namespace kldutil
+
+#endif  // KLDUTIL_H

@@ -1,0 +1,115 @@
+// main.cpp: kldutil's entry point: chooses the subcommand and owns the shared helpers.
+#include "kldutil.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr const char kHelp[] =
+    "Usage: kldutil COMMAND [OPTION...] [ARG...]\n"
+    "Command-line tool over the core utilities library: it sorts, transcodes, checks\n"
+    "translation dictionaries and formats messages with the library's own routines.\n"
+    "\n"
+    "Commands:\n"
+    "  natsort    sort lines in natural order ('part9' before 'part10')\n"
+    "  transcode  convert text between the locale's encoding, UTF-8 and Latin-1\n"
+    "  dict check check translation dictionaries as the library reads them\n"
+    "  format     format one message as the library does, with its translation\n"
+    "\n"
+    "Run 'kldutil COMMAND --help' for the options of a command.\n"
+    "\n"
+    "Exit status: 0 success, 1 bad input found, 2 usage error or a file that cannot be read.\n";
+
+}  // namespace
+
+namespace kldutil {
+
+size_t AppendText(Bytes& arena, const char* text, size_t length) {
+  size_t offset = arena.Size();
+  arena.Append(text, length);
+  arena.Push('\0');
+  return offset;
+}
+
+std::FILE* OpenInput(const char* name, const char*& displayName) {
+  if (std::strcmp(name, "-") == 0) {
+    displayName = kStdinName;
+    return stdin;
+  }
+  displayName = name;
+  std::FILE* file = std::fopen(name, "rb");
+  if (file == nullptr)
+    std::fprintf(stderr, "kldutil: %s: cannot open: %s\n", name, std::strerror(errno));
+  return file;
+}
+
+void CloseInput(std::FILE* file) {
+  if (file != nullptr && file != stdin) std::fclose(file);
+}
+
+bool ReadAll(std::FILE* file, const char* displayName, Bytes& bytes) {
+  char chunk[65536];
+  size_t n;
+  while ((n = std::fread(chunk, 1, sizeof(chunk), file)) > 0) bytes.Append(chunk, n);
+  if (std::ferror(file)) {
+    std::fprintf(stderr, "kldutil: %s: read error: %s\n", displayName, std::strerror(errno));
+    return false;
+  }
+  return true;
+}
+
+int UsageError(const char* command, const char* format, ...) {
+  std::fprintf(stderr, "kldutil %s: ", command);
+  va_list args;
+  va_start(args, format);
+  std::vfprintf(stderr, format, args);
+  va_end(args);
+  std::fprintf(stderr, "\nTry 'kldutil %s --help'.\n", command);
+  return kUsage;
+}
+
+int PrintHelp(const char* text) {
+  std::fputs(text, stdout);
+  return kOk;
+}
+
+}  // namespace kldutil
+
+int main(int argc, char** argv) {
+  using namespace kldutil;
+  if (argc < 2) {
+    std::fputs(kHelp, stderr);
+    return kUsage;
+  }
+  const char* command = argv[1];
+  if (IsHelp(command) || std::strcmp(command, "help") == 0) return PrintHelp(kHelp);
+  int result;
+  try {
+    if (std::strcmp(command, "natsort") == 0)
+      result = RunNatsort(argc - 2, argv + 2);
+    else if (std::strcmp(command, "transcode") == 0)
+      result = RunTranscode(argc - 2, argv + 2);
+    else if (std::strcmp(command, "dict") == 0)
+      result = RunDict(argc - 2, argv + 2);
+    else if (std::strcmp(command, "format") == 0)
+      result = RunFormat(argc - 2, argv + 2);
+    else {
+      std::fprintf(stderr, "kldutil: unknown command '%s'\nTry 'kldutil --help'.\n", command);
+      result = kUsage;
+    }
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "kldutil %s: out of memory\n", command);
+    result = kUsage;
+  }
+  atr_trReleaseDB();
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    std::fprintf(stderr, "kldutil %s: cannot write the standard output: %s\n", command,
+                 std::strerror(errno));
+    if (result == kOk) result = kUsage;
+  }
+  return result;
+}
