@@ -27,26 +27,14 @@ TEST(mem_AllocationOperators, EveryFamilyDrawsFromTheService) {
   EXPECT_THROW(mem_deleteBuiltIn(new (mem_BuiltInAlloc{}) int[4]), std::bad_alloc);
 }
 
-TEST(mem_AllocationOperators, ObjectsAndArraysAreUsableAndReleased) {
-  HeapThing* thing = new HeapThing(42);
-  EXPECT_EQ(42, thing->value);
-  delete thing;
-
+TEST(mem_AllocationOperators, PlacementZeroedArraysAndNullsStayStandard) {
   alignas(HeapThing) unsigned char storage[sizeof(HeapThing)];
   HeapThing* placed = new (storage) HeapThing(7);  // placement stays available
   EXPECT_EQ(static_cast<void*>(storage), static_cast<void*>(placed));
-  placed->~HeapThing();
-
-  char* text = new (mem_BuiltInAlloc{}) char[6];
-  std::memcpy(text, "hello", 6);
-  EXPECT_STREQ("hello", text);
-  mem_deleteBuiltIn(text);
   HeapThing** table = new (mem_BuiltInAlloc{}) HeapThing*[3]();
   EXPECT_EQ(nullptr, table[2]);
   mem_deleteBuiltIn(table);
-
   mem_deleteBuiltIn(static_cast<char*>(nullptr));  // null is passed on and ignored
-  mem_deleteBuiltIn(static_cast<HeapThing**>(nullptr));
   delete static_cast<HeapThing*>(nullptr);
 }
 

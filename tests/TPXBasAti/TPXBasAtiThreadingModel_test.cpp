@@ -1,5 +1,5 @@
 // The threading model: its states, the one transition and its refusals, the upgrade of
-// everything issued so far, and the module's tear-down.
+// everything issued so far, the module's tear-down; the std factory's primitives.
 #include "KLDTPXBasCoreUtils.h"
 #include "ati_TestFactories.h"
 #include "gtest/gtest.h"
@@ -38,8 +38,8 @@ TEST_F(TPXBasAtiThreadingModelTest, OneTransitionThenEveryCallIsRefused) {
   EXPECT_STREQ("SINGLE_THREADED", TPXBasAtiThreadingModel::AsString());
 
   std::unique_ptr<TPXBasAtiThreadFactory> refused[] = {
-      std::make_unique<TPXBasAtiSingleThreadFact>(), std::make_unique<TPXBasAtiDefaultThreadFact>(),
-      std::make_unique<TPXBasAtiStdThreadFact>(), nullptr};
+      std::make_unique<TPXBasAtiStdThreadFact>(), std::make_unique<TPXBasAtiDefaultThreadFact>(),
+      nullptr};
   for (auto& f : refused) {
     CaptureStderr();
     EXPECT_FALSE(TPXBasAtiThreadingModel::setBehavior(f.get()));
@@ -75,20 +75,7 @@ TEST_F(TPXBasAtiThreadingModelTest, SwitchUpgradesEverythingIssuedInOrder) {
   EXPECT_EQ(0, factory->aliveMutexes);
 }
 
-TEST_F(TPXBasAtiThreadingModelTest, SwitchSucceedsWhenTheFactoryGivesNoMutex) {
-  std::unique_ptr<TPXBasAtiMutex> m(TPXBasAtiThreadingModel::newMutex());
-  EXPECT_TRUE(TPXBasAtiThreadingModel::setBehavior(new ati_test::RecordingFactory(7, false)));
-  EXPECT_TRUE(TPXBasAtiThreadingModel::established());
-  EXPECT_EQ(200, m->id()) << "left as a placeholder";
-}
-
-class Holder : public TPXBasAtiGlobalSingleton<Holder>, public mem_AllocationOperators {
-  friend class TPXBasAtiGlobalSingleton<Holder>;
-  Holder() = default;
-  ~Holder() = default;
-};
-
-// A read-yield-write step that loses updates unless the caller really excludes the others.
+// A read-yield-write step that loses updates unless the callers really exclude each other.
 void SlowIncrement(long& shared, int r) {
   const long seen = shared;
   if (r % 64 == 0) std::this_thread::yield();
@@ -100,20 +87,19 @@ TEST_F(TPXBasAtiThreadingModelTest, EarlyPlaceholdersSynchroniseForRealAfterTheS
   std::unique_ptr<TPXBasAtiAtomicTemplate<unsigned int>> counter(
       TPXBasAtiThreadingModel::newAtomic(0));
   std::unique_ptr<TPXBasAtiBarrier> barrier(TPXBasAtiThreadingModel::newBarrier());
-  std::unique_ptr<TPXBasAtiCondVar> cv(TPXBasAtiThreadingModel::newCondVar());
-  TPXBasAtiGlobalSingleton<Holder>::Instance();  // its lock: a placeholder
   ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact));
   EXPECT_EQ(TPXBasAtiStdThreadFact::kMutexId, m->id());
   EXPECT_EQ(TPXBasAtiStdThreadFact::kBarrierId, barrier->id());
-  EXPECT_EQ(TPXBasAtiStdThreadFact::kCondVarId, cv->id());
   EXPECT_EQ(405, counter->id()) << "the atomic stays; its guard is upgraded";
+  std::unique_ptr<TPXBasAtiAtomicTemplate<unsigned int>> late(
+      TPXBasAtiThreadingModel::newAtomic(3));
+  EXPECT_EQ(TPXBasAtiStdThreadFact::kAtomicId, late->id()) << "now the factory's own atomics";
 
   constexpr unsigned int kThreads = 4;
   constexpr int kRounds = 4000;
-  long underMutex = 0, underHolder = 0;
+  long underMutex = 0;
   std::atomic<unsigned int> arrived{0}, passedEarly{0};
-  bool signalled[kThreads] = {};  // under cv's lock
-  auto work = [&](unsigned int t) {
+  auto work = [&] {
     for (unsigned int round = 1; round <= 3; ++round) {
       arrived.fetch_add(1);
       barrier->BarrierSync(kThreads);
@@ -124,28 +110,28 @@ TEST_F(TPXBasAtiThreadingModelTest, EarlyPlaceholdersSynchroniseForRealAfterTheS
       m->Lock();
       SlowIncrement(underMutex, r);
       m->Unlock();
-      TPXBasAtiGlobalSingleton<Holder>::Instance().Lock();
-      SlowIncrement(underHolder, r);
-      TPXBasAtiGlobalSingleton<Holder>::Instance().Unlock();
       (*counter)++;
       *counter += 2;
       counter->Decrement(1);
+      ++*late;
+      *late += 2;
+      late->Decrement(2);
     }
-    cv->Lock();  // each thread waits for the next one's signal, the last for the first's
-    signalled[t] = true;
-    cv->Signal();
-    while (!signalled[(t + 1) % kThreads]) cv->WaitForSignal(0);
-    cv->Unlock();
   };
   std::vector<std::thread> threads;
-  for (unsigned int t = 0; t < kThreads; ++t) threads.emplace_back(work, t);
+  for (unsigned int t = 0; t < kThreads; ++t) threads.emplace_back(work);
   for (std::thread& t : threads) t.join();
   EXPECT_EQ(0u, passedEarly.load());
   EXPECT_EQ(kThreads * kRounds, underMutex);
-  EXPECT_EQ(kThreads * kRounds, underHolder);
   EXPECT_EQ(2u * kThreads * kRounds, static_cast<unsigned int>(*counter));
-  TPXBasAtiGlobalSingleton<Holder>::Finalize();
+  EXPECT_EQ(3u + kThreads * kRounds, static_cast<unsigned int>(*late));
 }
+
+class Holder : public TPXBasAtiGlobalSingleton<Holder>, public mem_AllocationOperators {
+  friend class TPXBasAtiGlobalSingleton<Holder>;
+  Holder() = default;
+  ~Holder() = default;
+};
 
 TEST_F(TPXBasAtiThreadingModelTest, DestroyedPlaceholdersAreNeverUpgraded) {
   delete TPXBasAtiThreadingModel::newAtomic(1);  // deletes its guard directly
@@ -184,6 +170,49 @@ TEST(TPXBasAti_hooks, LastFinaliseDestroysTheModelWithItsPrimitivesLeftAlive) {
   EXPECT_TRUE(TPXBasAtiThreadingModel::established());
   EXPECT_EQ(0, tally);
   TPXBasAtiThreadingModel::Finalize();
+}
+
+TEST(TPXBasAtiStdThreadFact, SignalAfterTheWaiterTookTheLockIsNeverLost) {
+  TPXBasAtiStdThreadFact f;
+  std::unique_ptr<TPXBasAtiCondVar> cv(f.newCondVar());
+  // The signaller runs without the lock, as soon as the waiter holds it: a condition
+  // variable that drops such a signal makes this test hang (and time out).
+  for (int round = 0; round < 200; ++round) {
+    std::atomic<bool> locked{false};
+    cv->Lock();
+    std::thread signaller([&] {
+      while (!locked.load()) std::this_thread::yield();
+      cv->Signal();
+    });
+    locked = true;
+    cv->WaitForSignal(0);
+    cv->Unlock();
+    signaller.join();
+  }
+}
+
+TEST(TPXBasAtiStdThreadFact, TimedWaitsTrivialBarriersNonRecursiveMutexesAndAtomics) {
+  TPXBasAtiStdThreadFact f;
+  EXPECT_TRUE(f.multiThread());
+  std::unique_ptr<TPXBasAtiCondVar> cv(f.newCondVar());
+  cv->Signal();  // nobody waits: nothing happens
+  cv->Lock();
+  cv->WaitForSignal(1);  // no signal comes: a wait that ignored its limit would hang here
+  cv->Unlock();          // the wait gave the lock back (ThreadSanitizer checks the unlock)
+  std::unique_ptr<TPXBasAtiBarrier> b(f.newBarrier());
+  b->BarrierSync(0);  // alone: would hang if it waited for anyone
+  b->BarrierSync(1);
+  TPXBasAtiMutex* m = f.newMutex();
+  EXPECT_EQ(1, m->TryLock());
+  EXPECT_EQ(0, m->TryLock()) << "not recursive";
+  m->Unlock();
+  f.deleteMutex(m);
+  std::unique_ptr<TPXBasAtiAtomicTemplate<unsigned int>> a(f.newAtomic(5));
+  EXPECT_EQ(6u, (*a)++);
+  EXPECT_EQ(5u, --*a);
+  EXPECT_EQ(4294967295u, *a -= 6);
+  *a = TPXBasAtiAtomicTemplate<unsigned int>(3);
+  EXPECT_EQ(3u, static_cast<unsigned int>(*a));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// ati_TestFactories.h: a thread factory and a fixture shared by the threading suites.
+// ati_TestFactories.h: a fixture and a recording thread factory shared by the threading suites.
 #ifndef ATI_TESTFACTORIES_H
 #define ATI_TESTFACTORIES_H
 
@@ -10,8 +10,7 @@
 
 namespace ati_test {
 
-/// Every test starts and ends with no threading model, so the one-time switch can be made
-/// again by the next test even when the whole binary runs in one process.
+/// Each test starts and ends with no threading model, so the one-time switch can be made again.
 class FreshModel : public ::testing::Test {
  protected:
   void SetUp() override { TPXBasAtiThreadingModel::Finalize(); }
@@ -33,33 +32,25 @@ class CountingMutex : public TPXBasAtiMutex {
   int* m_alive;
 };
 
-/// Logs every newMutex/newCondVar/newBarrier in order ("M", "C", "B"); gives counting
-/// mutexes (or none), and the single-threaded factory's other primitives.
-class RecordingFactory : public TPXBasAtiThreadFactory {
+/// A multi-threaded factory that logs newMutex/newCondVar/newBarrier in order ("M", "C", "B"),
+/// gives counting mutexes (or none) and otherwise the single-threaded primitives.
+class RecordingFactory : public TPXBasAtiSingleThreadFact {
  public:
   explicit RecordingFactory(int mutexId = 7, bool giveMutexes = true)
       : m_mutexId(mutexId), m_giveMutexes(giveMutexes) {}
-  TPXBasAtiAtomicTemplate<unsigned int>* newAtomic(unsigned int v) const override {
-    return m_single.newAtomic(v);
-  }
   TPXBasAtiMutex* newMutex() const override {
     log.push_back("M");
     return m_giveMutexes ? new CountingMutex(m_mutexId, &aliveMutexes) : nullptr;
   }
   TPXBasAtiCondVar* newCondVar() const override {
     log.push_back("C");
-    return m_single.newCondVar();
+    return TPXBasAtiSingleThreadFact::newCondVar();
   }
   TPXBasAtiBarrier* newBarrier() const override {
     log.push_back("B");
-    return m_single.newBarrier();
+    return TPXBasAtiSingleThreadFact::newBarrier();
   }
-  void ReadWriteMemoryBarrier() const override {}
-  void WriteMemoryBarrier() const override {}
-  void ReadMemoryBarrier() const override {}
-  void Relinquish() const override {}
   bool multiThread() const override { return true; }
-  void deleteMutex(TPXBasAtiMutex* m) override { delete m; }
 
   mutable std::vector<std::string> log;
   mutable int aliveMutexes = 0;
@@ -67,7 +58,6 @@ class RecordingFactory : public TPXBasAtiThreadFactory {
  private:
   int m_mutexId;
   bool m_giveMutexes;
-  TPXBasAtiSingleThreadFact m_single;
 };
 
 }  // namespace ati_test

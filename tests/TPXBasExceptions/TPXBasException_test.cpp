@@ -1,8 +1,9 @@
 // TPXBasException_test.cpp: reports, translation, cloning, rethrowing and call-stack recording
-// of the exception base and its general-purpose classes.
+// of the exception base, its general-purpose and string-conversion classes; the system error.
 #include "KLDTPXBasCoreUtils.h"
 #include "kld_TestSupport.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -53,21 +54,29 @@ TEST(TPXBasExceptionReports, EachClassFormatsClonesAndRethrowsAsItself) {
   const TPXBasAssertException assertion("100%d %s");
   const TPXBasExecException exec(-7);
   const TPXBasPatternException pattern(12, "unmatched (");
+  const TPXBasOsStringConversion conversion;
+  const TPXBasOsStringCast cast("Locale");
+  const TPXBasToUTF8Exception toUtf8("caf\xE9");
+  const TPXBasFromUTF8Exception fromUtf8(TPXString("caf\xC3\xA9"));
   struct Row {
     const TPXBasException& e;
     int code;
-    const char* user;
+    std::string user;
   } rows[] = {
       {assertion, 300, "Assertion Failure: 100%d %s"},
       {exec, 301, "rgx_match: exec error: -7"},
       {pattern, 302, "rgx_match: error in regex at offset 12: unmatched ("},
+      {conversion, 309, "Trouble coverting string to current locale"},
+      {cast, 310, "Attempt to access OS string using unexpected format: Locale"},
+      {toUtf8, 311, "Trouble converting string to UTF8: caf\xE9"},
+      {fromUtf8, 312, "Trouble converting string to current locale: caf\xC3\xA9"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.user);
     EXPECT_EQ(row.code, row.e.GetCode());
     EXPECT_EQ(row.user, User(row.e));
     // Not thrown with Throw: no file, line 0.
-    EXPECT_EQ(std::string("Exception: ") + row.user + " in file  at line 0", Developer(row.e));
+    EXPECT_EQ("Exception: " + row.user + " in file  at line 0", Developer(row.e));
     std::unique_ptr<TPXBasException> clone(row.e.Clone());
     EXPECT_EQ(typeid(row.e), typeid(*clone));
     EXPECT_EQ(row.user, User(*clone));
@@ -82,23 +91,18 @@ TEST(TPXBasExceptionReports, EachClassFormatsClonesAndRethrowsAsItself) {
   EXPECT_EQ(-7, exec.GetCount());
   EXPECT_EQ(12, pattern.GetOffset());
   EXPECT_STREQ("unmatched (", pattern.GetMsg());
-  // Clones share their strings: one representation, not a copy.
-  std::unique_ptr<TPXBasException> clone(pattern.Clone());
+  EXPECT_STREQ("Locale", cast.GetType());
+  EXPECT_STREQ("caf\xE9", toUtf8.GetLocaleString());
+  // Clones and copies share their strings: one representation, not a copy.
+  std::unique_ptr<TPXBasException> clone(pattern.Clone()), utf(fromUtf8.Clone());
   EXPECT_EQ(pattern.GetMsg(), dynamic_cast<TPXBasPatternException&>(*clone).GetMsg());
+  EXPECT_EQ(fromUtf8.GetUtfString().CastToCharPtr(),
+            dynamic_cast<TPXBasFromUTF8Exception&>(*utf).GetUtfString().CastToCharPtr());
+  EXPECT_EQ(cast.GetType(), TPXBasOsStringCast(cast).GetType());
   // A null text is an empty field, not a crash; the accessor gives the empty text.
   EXPECT_STREQ("", TPXBasAssertException(nullptr).GetCondition());
+  EXPECT_STREQ("", TPXBasOsStringCast(nullptr).GetType());
   EXPECT_EQ("rgx_match: error in regex at offset 0: ", User(TPXBasPatternException(0, nullptr)));
-}
-
-TEST(TPXBasExceptionReports, ThrowRecordsPlaceAndDeveloperReportNamesIt) {
-  try {
-    TPXBasExecException(3).Throw("some/file", 42);
-    FAIL() << "Throw returned";
-  } catch (const TPXBasExecException& e) {
-    EXPECT_STREQ("some/file", e.GetFile());
-    EXPECT_EQ(42, e.GetLine());
-    EXPECT_EQ("Exception: rgx_match: exec error: 3 in file some/file at line 42", Developer(e));
-  }
 }
 
 TEST(TPXBasExceptionReports, LocaleModeConvertsOnlyTheDeveloperReport) {
@@ -150,4 +154,20 @@ TEST(TPXBasExceptionCallStack, FailureWhileRecordingStillThrowsTheException) {
     EXPECT_THROW(e.Throw("f", 2), TPXBasAssertException);
   }
   mem_Testing::SetErrorStackActive(false);
+}
+
+TEST(TPXBasSystemErrorMessage, KnownCodesUnknownCodesAndCaching) {
+  const TPXBasSystemError noEntry(ENOENT);
+  const char* first = noEntry.AsString();
+  EXPECT_STREQ("No such file or directory", first);
+  EXPECT_EQ(first, noEntry.AsString());  // asked once, kept
+  const TPXBasSystemError copy(noEntry);
+  EXPECT_EQ(first, copy.AsString());  // copies share the message
+  TPXBasSystemError assigned(0);
+  assigned = noEntry;
+  EXPECT_EQ(ENOENT, assigned.GetCode());
+  EXPECT_STREQ("No such file or directory", assigned.AsString());
+  // A code the system does not know still gives a text.
+  const TPXBasSystemError unknown(987654);
+  EXPECT_NE(std::string(), unknown.AsString());
 }

@@ -8,12 +8,17 @@
 
 namespace {
 
+// Whether one allocation succeeded; the block goes back.
+bool Freed(void* p) {
+  mem_Free(p);
+  return p != nullptr;
+}
+
 // Whether one allocation through a throwing entry point succeeds.
 template <void* (*Allocate)(std::size_t)>
 bool Throwing(TPXBasMemAllocator&) {
   try {
-    mem_Free(Allocate(8));
-    return true;
+    return Freed(Allocate(8));
   } catch (const std::bad_alloc&) {
     return false;
   }
@@ -21,50 +26,20 @@ bool Throwing(TPXBasMemAllocator&) {
 
 TEST(mem_Alloc, FailureInjectionAllowsExactlyNThenFailsEveryEntryPoint) {
   TPXBasMemAllocator allocator;
-  struct EntryPoint {
+  using A = TPXBasMemAllocator;
+  const struct EntryPoint {
     const char* name;
     bool (*succeeds)(TPXBasMemAllocator&);
-  };
-  const EntryPoint entries[] = {
-      {"mem_Malloc",
-       [](TPXBasMemAllocator&) {
-         void* p = mem_Malloc(8);
-         mem_Free(p);
-         return p != nullptr;
-       }},
-      {"mem_Calloc",
-       [](TPXBasMemAllocator&) {
-         void* p = mem_Calloc(2, 8);
-         mem_Free(p);
-         return p != nullptr;
-       }},
+  } entries[] = {
+      {"mem_Malloc", [](A&) { return Freed(mem_Malloc(8)); }},
+      {"mem_Calloc", [](A&) { return Freed(mem_Calloc(2, 8)); }},
       {"mem_OperatorNewThrow", Throwing<mem_OperatorNewThrow>},
       {"mem_OperatorNewTinyThrow", Throwing<mem_OperatorNewTinyThrow>},
       {"mem_OperatorNewThrowBuiltin", Throwing<mem_OperatorNewThrowBuiltin>},
-      {"TPXBasMemAllocator::Alloc",
-       [](TPXBasMemAllocator& a) {
-         void* p = a.Alloc(8u);
-         a.Free(p);
-         return p != nullptr;
-       }},
-      {"TPXBasMemAllocator::allocate",
-       [](TPXBasMemAllocator& a) {
-         void* p = a.allocate(8u, nullptr);
-         a.deallocate(p, 8u);
-         return p != nullptr;
-       }},
-      {"TPXBasMemAllocator::AllocDouble",
-       [](TPXBasMemAllocator& a) {
-         double* p = a.AllocDouble(3);
-         mem_Free(p);
-         return p != nullptr;
-       }},
-      {"TPXBasMemAllocator::AllocInt",
-       [](TPXBasMemAllocator& a) {
-         int* p = a.AllocInt(3);
-         mem_Free(p);
-         return p != nullptr;
-       }},
+      {"Alloc", [](A& a) { return Freed(a.Alloc(8u)); }},
+      {"allocate", [](A& a) { return Freed(a.allocate(8u, nullptr)); }},
+      {"AllocDouble", [](A& a) { return Freed(a.AllocDouble(3)); }},
+      {"AllocInt", [](A& a) { return Freed(a.AllocInt(3)); }},
   };
   for (const EntryPoint& e : entries) {
     kld_test::AllocationFailureGuard failAfterTwo(2);
