@@ -1,6 +1,6 @@
 // TPXStringConvert_test.cpp: building from and converting to UTF-8, UTF-16, 16-bit
 // characters, the process locale, numbers and the platform strings, on good and bad input.
-#include "KLDTPXBasCoreUtils.h"
+#include "TPXStringTestSupport.h"
 #include "kld_TestSupport.h"
 
 #include <clocale>
@@ -8,25 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace {
-
-std::string Text(const TPXString& s) { return s.CastToCharPtr(); }
-
-/// Switches LC_CTYPE for the scope; Ok() is false when the system lacks the locale.
-class ScopedCtype {
- public:
-  explicit ScopedCtype(const char* name) : m_old(std::setlocale(LC_CTYPE, nullptr)) {
-    m_ok = std::setlocale(LC_CTYPE, name) != nullptr;
-  }
-  ~ScopedCtype() { std::setlocale(LC_CTYPE, m_old.c_str()); }
-  bool Ok() const { return m_ok; }
-
- private:
-  std::string m_old;
-  bool m_ok;
-};
-
-}  // namespace
+namespace {}  // namespace
 
 TEST(TPXStringFromUtf8, ValidatesStructureAndRange) {
   struct Row {
@@ -143,7 +125,7 @@ TEST(TPXStringUtf8Out, MeasureThenCopy) {
 // Fortran entry points (TPXOsString_test.cpp).
 TEST(TPXStringLocale, SevenBitLocaleRefusesWhatItCannotHold) {
   ScopedCtype c("C");
-  ASSERT_TRUE(c.Ok());
+  ASSERT_TRUE(c.ok);
   TPXString s;
   EXPECT_EQ(TPXString::Failure, s.BuildFromLocale("caf\xE9"));
   EXPECT_TRUE(s.IsBAD());
@@ -171,7 +153,7 @@ TEST(TPXStringLocale, SevenBitLocaleRefusesWhatItCannotHold) {
 
 TEST(TPXStringLocale, InvalidLocaleTextFailsAndUtf8LookalikesWarnWhenAsked) {
   ScopedCtype utf8("C.UTF-8");
-  if (!utf8.Ok()) GTEST_SKIP() << "no UTF-8 locale on this system";
+  if (!utf8.ok) GTEST_SKIP() << "no UTF-8 locale on this system";
   TPXString s;
   EXPECT_EQ(TPXString::Failure, s.BuildFromLocale("a\xFF"));
   EXPECT_TRUE(s.IsBAD());
