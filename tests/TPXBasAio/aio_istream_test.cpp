@@ -9,9 +9,7 @@
 
 namespace {
 
-const int kFail = aio_ios::failbit;
-const int kEof = aio_ios::eofbit;
-const int kBad = aio_ios::badbit;
+const int kFail = aio_ios::failbit, kEof = aio_ios::eofbit, kBad = aio_ios::badbit;
 
 // An input stream owning a temporary file with the given bytes.
 struct Input {
@@ -22,46 +20,35 @@ struct Input {
   aio_istream in;
 };
 
-TEST(aio_istreamBytes, GetPeekPutbackAtTheEnds) {
-  Input t(
-      "\xff"
-      "a");
+TEST(aio_istreamBytes, GetPeekPutbackAndRead) {
+  Input t("\xff\x61");
   EXPECT_EQ(255, t.in.peek());  // a byte 0xFF is not mistaken for the end
   EXPECT_EQ(255, t.in.get());
-  EXPECT_EQ('a', t.in.peek());
   EXPECT_EQ('a', t.in.get());
   EXPECT_EQ(0, t.in.rdstate());
   EXPECT_EQ(-1, t.in.peek());
-  EXPECT_EQ(kFail | kEof, t.in.rdstate());
-  t.in.clear(0);
-  EXPECT_EQ(-1, t.in.get());
   EXPECT_EQ(kFail | kEof, t.in.rdstate());
   // Putting back after the end, a 0xFF byte included, makes the byte readable again.
   t.in.clear(0);
   t.in.putback('\xff');
   EXPECT_EQ(0, t.in.rdstate());
   EXPECT_EQ(255, t.in.get());
-}
-
-TEST(aio_istreamBytes, ReadShortAndExact) {
-  struct Row {
-    const char* name;
+  struct Case {
     std::string content;
     int n, count, state;
-  } rows[] = {
-      {"10 from 4", "abcd", 10, 4, kFail | kEof}, {"exactly all", "abcd", 4, 4, 0},
-      {"fewer than held", "abcd", 2, 2, 0},       {"nothing asked", "abcd", 0, 0, 0},
-      {"empty file", "", 5, 0, kFail | kEof},     {"negative count", "abcd", -1, 0, kFail},
-  };
-  for (const Row& row : rows) {
-    Input t(row.content);
+  } cases[] = {
+      {"abcd", 10, 4, kFail | kEof}, {"abcd", 4, 4, 0},     {"abcd", 2, 2, 0}, {"abcd", 0, 0, 0},
+      {"", 5, 0, kFail | kEof},      {"abcd", -1, 0, kFail}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.content + " " + std::to_string(c.n));
+    Input r(c.content);
     char buf[16];
     std::memset(buf, '#', sizeof buf);
-    EXPECT_EQ(row.count, t.in.read(buf, row.n)) << row.name;
-    EXPECT_EQ(row.state, t.in.rdstate()) << row.name;
-    EXPECT_EQ(0, std::memcmp(buf, row.content.data(), row.count)) << row.name;
+    EXPECT_EQ(c.count, r.in.read(buf, c.n));
+    EXPECT_EQ(c.state, r.in.rdstate());
+    EXPECT_EQ(0, std::memcmp(buf, c.content.data(), c.count));
     // A NUL after a short read, nothing past the bytes asked otherwise.
-    EXPECT_EQ(row.count < row.n ? '\0' : '#', buf[row.count]) << row.name;
+    EXPECT_EQ(c.count < c.n ? '\0' : '#', buf[c.count]);
   }
 }
 
@@ -71,37 +58,31 @@ TEST(aio_istreamLines, GetlineCompleteIncompleteAndEnd) {
     std::string line;  // bytes of buf up to and including its NUL
     int state;
   };
-  struct Row {
-    const char* name;
+  const std::string nul(1, '\0'), abc = "abc" + nul;
+  struct Case {
     std::string content;
     std::vector<Step> steps;
-  } rows[] = {
-      {"last line without newline",
-       "abc\ndef",
-       {{10, {"abc\0", 4}, 0}, {10, {"def\0", 4}, kFail | kEof}, {10, {"\0", 1}, kFail | kEof}}},
-      {"line longer than the buffer leaves the rest in the file",
-       "abcdef\nx\n",
-       {{4, {"abc\0", 4}, kFail | kEof}, {10, {"def\0", 4}, 0}}},
-      {"n - 1 bytes without room for the newline",
-       "abc\n",
-       {{4, {"abc\0", 4}, kFail | kEof}, {4, {"\0", 1}, 0}}},
-      {"line and newline fill the buffer", "abc\n", {{5, {"abc\0", 4}, 0}}},
-      {"NUL bytes inside a complete line", {"a\0b\nc", 5}, {{10, {"a\0b\0", 4}, 0}}},
-      {"empty file", "", {{10, {"\0", 1}, kFail | kEof}}},
-      {"buffer of one byte", "abc\n", {{1, {"\0", 1}, kFail | kEof}}},
-      {"CR stays in the line", "ab\r\n", {{10, {"ab\r\0", 4}, 0}}},
+  } cases[] = {
+      {"abc\ndef", {{10, abc, 0}, {10, "def" + nul, kFail | kEof}, {10, nul, kFail | kEof}}},
+      {"abcdef\nx\n", {{4, abc, kFail | kEof}, {10, "def" + nul, 0}}},  // rest stays in the file
+      {"abc\n", {{4, abc, kFail | kEof}, {4, nul, 0}}},                 // no room for the newline
+      {"abc\n", {{5, abc, 0}}},
+      {{"a\0b\nc", 5}, {{10, "a" + nul + "b" + nul, 0}}},
+      {"", {{10, nul, kFail | kEof}}},
+      {"abc\n", {{1, nul, kFail | kEof}}},
+      {"ab\r\n", {{10, "ab\r" + nul, 0}}},
   };
-  for (const Row& row : rows) {
-    Input t(row.content);
-    for (size_t i = 0; i < row.steps.size(); ++i) {
-      const Step& step = row.steps[i];
+  for (const Case& c : cases) {
+    Input t(c.content);
+    for (size_t i = 0; i < c.steps.size(); ++i) {
+      SCOPED_TRACE(c.content + " step " + std::to_string(i));
       // A newline left in the buffer by earlier use must never count as the line's end.
       char buf[16];
       std::memset(buf, '\n', sizeof buf);
       t.in.clear(0);
-      t.in.getline(buf, step.n);
-      EXPECT_EQ(step.line, std::string(buf, step.line.size())) << row.name << " step " << i;
-      EXPECT_EQ(step.state, t.in.rdstate()) << row.name << " step " << i;
+      t.in.getline(buf, c.steps[i].n);
+      EXPECT_EQ(c.steps[i].line, std::string(buf, c.steps[i].line.size()));
+      EXPECT_EQ(c.steps[i].state, t.in.rdstate());
     }
   }
   // Nothing is written for a size below 1.
@@ -114,65 +95,58 @@ TEST(aio_istreamLines, GetlineCompleteIncompleteAndEnd) {
 }
 
 TEST(aio_istreamSkip, IgnoreStopsAfterTheDelimiterOrAtTheEnd) {
-  struct Row {
-    const char* name;
+  struct Case {
     std::string content;
     int n, delim, next, state;  // next: the byte read afterwards, -1 for the end
-  } rows[] = {
-      {"through the delimiter", "abc\ndef", 10, '\n', 'd', 0},
-      {"count reached first", "abc\ndef", 2, '\n', 'c', 0},
-      {"negative count", "abc", -3, '\n', 'a', 0},
-      {"end of file sets end only", "abc", 10, '\n', -1, kEof},
-      {"delimiter compared as a signed char",
-       "a\xff"
-       "z",
-       10, -1, 'z', 0},
-      {"delimiter above 127 never matches",
-       "a\xff"
-       "z",
-       10, 0xff, -1, kEof},
-  };
-  for (const Row& row : rows) {
-    Input t(row.content);
-    t.in.ignore(row.n, row.delim);
-    EXPECT_EQ(row.state, t.in.rdstate()) << row.name;
+  } cases[] =
+      {
+          {"abc\ndef", 10, '\n', 'd', 0},    {"abc\ndef", 2, '\n', 'c', 0},
+          {"abc", -3, '\n', 'a', 0},         {"abc", 10, '\n', -1, kEof},
+          {"a\xff\x7a", 10, -1, 'z', 0},      // the delimiter is compared as a signed char
+          {"a\xff\x7a", 10, 0xff, -1, kEof},  // so one above 127 never matches
+      };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.content + " " + std::to_string(c.n) + " " + std::to_string(c.delim));
+    Input t(c.content);
+    t.in.ignore(c.n, c.delim);
+    EXPECT_EQ(c.state, t.in.rdstate());
     t.in.clear(0);
-    EXPECT_EQ(row.next, t.in.get()) << row.name;
+    EXPECT_EQ(c.next, t.in.get());
   }
 }
 
 using Scan = long double (*)(aio_istream&);
-const Scan kScanInt = [](aio_istream& i) -> long double { return i.scan_int(); };
-const Scan kScanUInt = [](aio_istream& i) -> long double { return i.scan_u_int(); };
-const Scan kScanInt64 = [](aio_istream& i) -> long double { return i.scan_int64(); };
-const Scan kScanUInt64 = [](aio_istream& i) -> long double { return i.scan_u_int64(); };
-const Scan kScanDouble = [](aio_istream& i) -> long double { return i.scan_double(); };
-const Scan kScanFloat = [](aio_istream& i) -> long double { return i.scan_float(); };
+const Scan kScans[] = {[](aio_istream& i) -> long double { return i.scan_int(); },
+                       [](aio_istream& i) -> long double { return i.scan_u_int(); },
+                       [](aio_istream& i) -> long double { return i.scan_int64(); },
+                       [](aio_istream& i) -> long double { return i.scan_u_int64(); },
+                       [](aio_istream& i) -> long double { return i.scan_double(); },
+                       [](aio_istream& i) -> long double { return i.scan_float(); }};
 
 TEST(aio_istreamScan, NumbersByBase) {
   const int hex = aio_ios::hex, oct = aio_ios::oct;
-  struct Row {
+  const long double maxU64 = 18446744073709551615.0L;
+  struct Case {
     std::string content;
-    int flags;
-    Scan scan;
+    int flags, scan;
     long double expected;
-  } rows[] = {
-      {"  -42 ", 0, kScanInt, -42},
-      {"ff", hex, kScanInt, 255},
-      {"17", oct, kScanInt, 15},
-      {"17", hex | oct, kScanInt, 17},
-      {"-9223372036854775808", 0, kScanInt64, -9223372036854775807.0L - 1},
-      {"18446744073709551615", 0, kScanUInt64, 18446744073709551615.0L},
-      {"1777777777777777777777", oct, kScanUInt64, 18446744073709551615.0L},
-      {"2.5e3", 0, kScanDouble, 2500.0},
-      {"1.5", 0, kScanFloat, 1.5},
+  } cases[] = {
+      {"  -42 ", 0, 0, -42},
+      {"ff", hex, 0, 255},
+      {"17", oct, 0, 15},
+      {"17", hex | oct, 0, 17},
+      {"-9223372036854775808", 0, 2, -9223372036854775807.0L - 1},
+      {"18446744073709551615", 0, 3, maxU64},
+      {"1777777777777777777777", oct, 3, maxU64},
+      {"2.5e3", 0, 4, 2500.0},
+      {"1.5", 0, 5, 1.5},
   };
-  for (const Row& row : rows) {
-    Input t(row.content, row.flags);
-    EXPECT_EQ(row.expected, row.scan(t.in)) << row.content;
-    EXPECT_EQ(0, t.in.fail()) << row.content;
+  for (const Case& c : cases) {
+    Input t(c.content, c.flags);
+    EXPECT_EQ(c.expected, kScans[c.scan](t.in)) << c.content;
+    EXPECT_EQ(0, t.in.fail()) << c.content;
   }
-  for (Scan scan : {kScanInt, kScanUInt, kScanInt64, kScanUInt64, kScanDouble, kScanFloat}) {
+  for (Scan scan : kScans) {
     Input letters("abc");  // nothing converted, not at the end: the letters stay
     EXPECT_EQ(0, scan(letters.in));
     EXPECT_EQ(kFail, letters.in.rdstate());
@@ -201,30 +175,27 @@ TEST(aio_istreamScan, CharactersAndWords) {
   EXPECT_EQ(0, t.in.scan_char());
   EXPECT_EQ(kFail | kEof, t.in.rdstate());
 
-  struct Row {
-    const char* name;
+  struct Case {
     std::string content;
     int n;
     const char* word;
     int state, next;  // next: byte read afterwards
-  } rows[] = {
-      {"fits", "  abc def", 8, "abc", 0, ' '},
-      {"exact fit before a space", "abcdef gh", 7, "abcdef", 0, ' '},
-      {"exact fit at the end", "abcdef", 7, "abcdef", 0, -1},
-      {"cut short: the rest stays", "abcdefgh", 4, "abc", kFail, 'd'},
-      {"only white space", "   ", 8, "", kFail | kEof, -1},
-      {"buffer of one byte", "abc", 1, "", kFail, 'a'},
+  } cases[] = {
+      {"  abc def", 8, "abc", 0, ' '},  {"abcdef gh", 7, "abcdef", 0, ' '},
+      {"abcdef", 7, "abcdef", 0, -1},   {"abcdefgh", 4, "abc", kFail, 'd'},  // cut short
+      {"   ", 8, "", kFail | kEof, -1}, {"abc", 1, "", kFail, 'a'},
   };
-  for (const Row& row : rows) {
-    Input b(row.content);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.content + " " + std::to_string(c.n));
+    Input b(c.content);
     char buf[16];
     std::memset(buf, '#', sizeof buf);
-    b.in.scan_string(buf, row.n);
-    EXPECT_STREQ(row.word, buf) << row.name;
-    EXPECT_EQ(row.state, b.in.rdstate()) << row.name;
-    EXPECT_EQ('#', buf[row.n]) << row.name << ": wrote past the buffer";
+    b.in.scan_string(buf, c.n);
+    EXPECT_STREQ(c.word, buf);
+    EXPECT_EQ(c.state, b.in.rdstate());
+    EXPECT_EQ('#', buf[c.n]) << "wrote past the buffer";
     b.in.clear(0);
-    EXPECT_EQ(row.next, b.in.get()) << row.name;
+    EXPECT_EQ(c.next, b.in.get());
   }
 }
 
@@ -244,14 +215,13 @@ TEST(aio_istreamFailure, UnattachedStreamAndReadErrors) {
   // A file open for writing only: every read fails with an error, not the end.
   aio_istream in;
   in.attach(std::fopen("/dev/null", "w"), true);
-  using Read = void (*)(aio_istream&, char*);
-  for (Read read : std::initializer_list<Read>{[](aio_istream&i, char*) { i.get(); },
-                                               [](aio_istream&i, char*b) { i.read(b, 8); },
-                                               [](aio_istream&i, char*b) { i.getline(b, 8); },
-                                               [](aio_istream&i, char*) { i.ignore(3, '\n'); }}) {
+  for (int op = 0; op < 4; ++op) {
     in.clear(0);
-    read(in, buf);
-    EXPECT_EQ(kFail | kBad, in.rdstate());
+    if (op == 0) in.get();
+    if (op == 1) in.read(buf, 8);
+    if (op == 2) in.getline(buf, 8);
+    if (op == 3) in.ignore(3, '\n');
+    EXPECT_EQ(kFail | kBad, in.rdstate()) << op;
   }
 }
 

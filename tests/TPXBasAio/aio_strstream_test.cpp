@@ -20,56 +20,42 @@ void* CountingAllocate(unsigned int size) {
   return mem_Malloc(size);
 }
 
-TEST(aio_ostrstream, SnapshotsOfTheTextWrittenSoFar) {
+TEST(aio_ostrstream, SnapshotsAndTheTemporaryFileLife) {
   aio_test::TempDir dir;
-  ScopedEnv env("TMPDIR", dir.path().c_str());
-  aio_ostrstream s;
-  EXPECT_STREQ("", s.str());
-  s.print("abc");
-  EXPECT_STREQ("abc", s.str());
-  s.print("de");
-  EXPECT_STREQ("abcde", s.str());
-  // Writing goes on at the end after a snapshot, and formatting still applies.
-  s.setwidth(4, false);
-  s.print_int(7).write("\0z", 2);  // NUL bytes are text too
-  char* adopted = s.adoptString(&CountingAllocate);
-  EXPECT_EQ(12u, g_lastRequest);  // bytes written + 1
-  EXPECT_EQ(0, std::memcmp("abcde   7\0z", adopted, 12));
-  mem_Free(adopted);
-  EXPECT_EQ(0, s.rdstate());
-
-  // A text far beyond the standard I/O buffer, read back twice.
-  std::string expected = std::string("abcde   7\0z", 11);
-  for (int i = 0; i < 50000; ++i) {
-    s.print_int(i).put(' ');
-    expected += std::to_string(i) + ' ';
-  }
-  EXPECT_EQ(expected, std::string(s.str(), expected.size()));
-  s.print("end");
-  EXPECT_EQ(expected + "end", std::string(s.str(), expected.size() + 3));
-}
-
-TEST(aio_ostrstream, TemporaryFileLivesAsLongAsTheStream) {
-  aio_test::TempDir dir;
-  ScopedEnv env("TMPDIR", dir.path().c_str());
+  ScopedEnv env("TMPDIR", dir.path.c_str());
   const int fds = aio_test::OpenFdCount();
-  char* kept = nullptr;
   {
     aio_ostrstream s;
-    EXPECT_EQ(1u, aio_test::Files(dir.path()).size());
-    s.print("kept");
-    kept = s.adoptString(&CountingAllocate);
+    EXPECT_EQ(1u, aio_test::Files(dir.path).size());
+    EXPECT_STREQ("", s.str());
+    s.print("abc");
+    EXPECT_STREQ("abc", s.str());
+    // Writing goes on at the end after a snapshot, and formatting still applies.
+    s.setwidth(4, false);
+    s.print_int(7).write("\0z", 2);  // NUL bytes are text too
+    char* adopted = s.adoptString(&CountingAllocate);
+    EXPECT_EQ(10u, g_lastRequest);  // bytes written + 1
+    EXPECT_EQ(0, std::memcmp("abc   7\0z", adopted, 10));
+    mem_Free(adopted);
+    // A text far beyond the standard I/O buffer, read back twice.
+    std::string expected = std::string("abc   7\0z", 9);
+    for (int i = 0; i < 50000; ++i) {
+      s.print_int(i).put(' ');
+      expected += std::to_string(i) + ' ';
+    }
+    EXPECT_EQ(expected, std::string(s.str(), expected.size()));
+    s.print("end");
+    EXPECT_EQ(expected + "end", std::string(s.str(), expected.size() + 3));
+    EXPECT_EQ(0, s.rdstate());
   }
-  // Gone with the stream, also after adoptString; the adopted string stays the caller's.
-  EXPECT_TRUE(aio_test::Files(dir.path()).empty());
-  EXPECT_STREQ("kept", kept);
-  mem_Free(kept);
+  // The file goes with the stream, also after adoptString.
+  EXPECT_TRUE(aio_test::Files(dir.path).empty());
   EXPECT_EQ(fds, aio_test::OpenFdCount());
 }
 
 TEST(aio_ostrstream, AllocationFailuresLeaveTheTextIntact) {
   aio_test::TempDir dir;
-  ScopedEnv env("TMPDIR", dir.path().c_str());
+  ScopedEnv env("TMPDIR", dir.path.c_str());
   aio_ostrstream s;
   s.print("abc");
   EXPECT_EQ(nullptr, s.adoptString([](unsigned int) -> void* { return nullptr; }));
@@ -86,14 +72,13 @@ TEST(aio_ostrstreamDeathTest, FileThatCannotBeDeletedIsFatal) {
   aio_test::TempDir dir;
   EXPECT_DEATH(
       {
-        ScopedEnv a("TMPDIR", dir.path().c_str());
+        ScopedEnv a("TMPDIR", dir.path.c_str());
         auto* s = new aio_ostrstream;
-        // A directory the process may not change: the file cannot be deleted.
-        chmod(dir.path().c_str(), 0555);
+        chmod(dir.path.c_str(), 0555);  // a directory the process may not change
         if (geteuid() == 0 && setuid(65534) != 0) std::abort();
         delete s;
       },
-      "^\\*\\*\\* Error: file " + dir.path() + "/utl[A-Za-z0-9]{6} cannot be deleted\n$");
+      "^\\*\\*\\* Error: file " + dir.path + "/utl[A-Za-z0-9]{6} cannot be deleted\n$");
 }
 
 }  // namespace

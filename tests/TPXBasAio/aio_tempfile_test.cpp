@@ -12,53 +12,45 @@ namespace {
 
 using kld_test::ScopedEnv;
 
-// Creates a temporary file and returns its name; checks it is open for update.
+// Creates a temporary file open for update, writes "abc" to it and returns its name.
 std::string Create() {
   char* name = nullptr;
   FILE* f = aio_createTempFile(name);
-  EXPECT_NE(nullptr, f);
-  EXPECT_NE(nullptr, name);
-  std::string result = name != nullptr ? name : "";
-  if (f != nullptr) {
-    EXPECT_EQ(3u, std::fwrite("abc", 1, 3, f));
-    std::rewind(f);
-    char buf[4] = {};
-    EXPECT_EQ(3u, std::fread(buf, 1, 3, f));
-    EXPECT_STREQ("abc", buf);
-    std::fclose(f);
-  }
+  EXPECT_TRUE(f != nullptr && name != nullptr);
+  if (f == nullptr || name == nullptr) return "";
+  const std::string result = name;
   mem_Free(name);
+  std::fputs("abc", f);
+  EXPECT_EQ("abc", aio_test::Contents(f));
+  std::fclose(f);
   return result;
 }
 
 TEST(aio_createTempFile, DirectoryChoiceAndName) {
-  aio_test::TempDir tmpdir;
-  aio_test::TempDir temp;
-  const std::string withSlash = tmpdir.path() + "/";
+  aio_test::TempDir tmpdir, temp;
+  const std::string withSlash = tmpdir.path + "/";
   const int fds = aio_test::OpenFdCount();
-  struct Row {
-    const char* name;
-    const char* tmpdirValue;
-    const char* tempValue;
+  struct Case {
+    const char *tmpdirValue, *tempValue;
     std::string expectedDir;
-  } rows[] = {
-      {"TMPDIR first", tmpdir.path().c_str(), temp.path().c_str(), tmpdir.path()},
-      {"TEMP without TMPDIR", nullptr, temp.path().c_str(), temp.path()},
-      {"empty TMPDIR counts as unset", "", temp.path().c_str(), temp.path()},
-      {"trailing slash not doubled", withSlash.c_str(), nullptr, tmpdir.path()},
+  } cases[] = {
+      {tmpdir.path.c_str(), temp.path.c_str(), tmpdir.path},  // TMPDIR first
+      {nullptr, temp.path.c_str(), temp.path},
+      {"", temp.path.c_str(), temp.path},         // empty counts as unset
+      {withSlash.c_str(), nullptr, tmpdir.path},  // the slash is not doubled
   };
-  for (const Row& row : rows) {
-    ScopedEnv a("TMPDIR", row.tmpdirValue);
-    ScopedEnv b("TEMP", row.tempValue);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.tmpdirValue ? c.tmpdirValue : "unset"));
+    ScopedEnv a("TMPDIR", c.tmpdirValue);
+    ScopedEnv b("TEMP", c.tempValue);
     const std::string name = Create();
-    const std::string prefix = row.expectedDir + "/utl";
-    EXPECT_EQ(prefix, name.substr(0, prefix.size())) << row.name;
-    EXPECT_EQ(prefix.size() + 6, name.size()) << row.name;
-    EXPECT_EQ("abc", aio_test::FileText(name)) << row.name;  // exists after closing
+    const std::string prefix = c.expectedDir + "/utl";
+    EXPECT_EQ(prefix, name.substr(0, prefix.size()));
+    EXPECT_EQ(prefix.size() + 6, name.size());
+    EXPECT_EQ("abc", aio_test::FileText(name));  // exists after closing
   }
-  // Every call gives a new file.
-  ScopedEnv a("TMPDIR", tmpdir.path().c_str());
-  EXPECT_NE(Create(), Create());
+  ScopedEnv a("TMPDIR", tmpdir.path.c_str());
+  EXPECT_NE(Create(), Create());  // every call gives a new file
   EXPECT_EQ(fds, aio_test::OpenFdCount());
 }
 

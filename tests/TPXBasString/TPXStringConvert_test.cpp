@@ -1,6 +1,6 @@
 // TPXStringConvert_test.cpp: building from and converting to UTF-8, UTF-16, 16-bit
 // characters, the process locale, numbers and the platform strings, on good and bad input.
-#include "KLDTPXBasCoreUtils.h"
+#include "TPXStringTestSupport.h"
 #include "kld_TestSupport.h"
 
 #include <clocale>
@@ -8,25 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace {
-
-std::string Text(const TPXString& s) { return s.CastToCharPtr(); }
-
-/// Switches LC_CTYPE for the scope; Ok() is false when the system lacks the locale.
-class ScopedCtype {
- public:
-  explicit ScopedCtype(const char* name) : m_old(std::setlocale(LC_CTYPE, nullptr)) {
-    m_ok = std::setlocale(LC_CTYPE, name) != nullptr;
-  }
-  ~ScopedCtype() { std::setlocale(LC_CTYPE, m_old.c_str()); }
-  bool Ok() const { return m_ok; }
-
- private:
-  std::string m_old;
-  bool m_ok;
-};
-
-}  // namespace
+namespace {}  // namespace
 
 TEST(TPXStringFromUtf8, ValidatesStructureAndRange) {
   struct Row {
@@ -143,7 +125,7 @@ TEST(TPXStringUtf8Out, MeasureThenCopy) {
 // Fortran entry points (TPXOsString_test.cpp).
 TEST(TPXStringLocale, SevenBitLocaleRefusesWhatItCannotHold) {
   ScopedCtype c("C");
-  ASSERT_TRUE(c.Ok());
+  ASSERT_TRUE(c.ok);
   TPXString s;
   EXPECT_EQ(TPXString::Failure, s.BuildFromLocale("caf\xE9"));
   EXPECT_TRUE(s.IsBAD());
@@ -171,7 +153,7 @@ TEST(TPXStringLocale, SevenBitLocaleRefusesWhatItCannotHold) {
 
 TEST(TPXStringLocale, InvalidLocaleTextFailsAndUtf8LookalikesWarnWhenAsked) {
   ScopedCtype utf8("C.UTF-8");
-  if (!utf8.Ok()) GTEST_SKIP() << "no UTF-8 locale on this system";
+  if (!utf8.ok) GTEST_SKIP() << "no UTF-8 locale on this system";
   TPXString s;
   EXPECT_EQ(TPXString::Failure, s.BuildFromLocale("a\xFF"));
   EXPECT_TRUE(s.IsBAD());
@@ -186,26 +168,25 @@ TEST(TPXStringLocale, InvalidLocaleTextFailsAndUtf8LookalikesWarnWhenAsked) {
   EXPECT_EQ("\xC3\xA9", Text(s));
 }
 
-TEST(TPXStringNumbers, FormatsAndScansOneConversionOfTheRightType) {
+// The text built from a number, or "<bad>" for a failure that leaves the string BAD.
+template <class T>
+std::string Built(T value, const char* format) {
   TPXString s;
-  EXPECT_EQ(TPXString::Success, s.BuildFromNum(42, "%05d"));
-  EXPECT_EQ("00042", Text(s));
-  EXPECT_EQ(TPXString::Success, s.BuildFromNum(2.5, "v=%.2f"));
-  EXPECT_EQ("v=2.50", Text(s));
-  EXPECT_EQ(TPXString::Success, s.BuildFromNum(static_cast<long double>(1.5), "%g"));
-  EXPECT_EQ("1.5", Text(s));
-  EXPECT_EQ(TPXString::Success, s.BuildFromNum(-5000000000LL, "%lld"));
-  EXPECT_EQ("-5000000000", Text(s));
-  // Longer than any fixed buffer: still whole.
-  EXPECT_EQ(TPXString::Success, s.BuildFromNum(1, "%400d"));
-  EXPECT_EQ(400, s.GetLengthInByte());
-  const char* refused[] = {"%s", "%d %d", "no conversion", "%lld", "%*d", "%n", nullptr, "%"};
-  for (const char* format : refused) {
-    EXPECT_EQ(TPXString::Failure, s.BuildFromNum(3, format)) << (format ? format : "null");
-    EXPECT_TRUE(s.IsBAD());
-  }
-  EXPECT_EQ(TPXString::Failure, s.BuildFromNum(1.0, "%d"));
-  EXPECT_EQ(TPXString::Failure, s.BuildFromNum(200, "%c"));  // a byte that is not UTF-8
+  const TPXString::Result r = s.BuildFromNum(value, format);
+  return r == TPXString::Success ? Text(s) : s.IsBAD() ? "<bad>" : "<failure, not BAD>";
+}
+
+TEST(TPXStringNumbers, FormatsAndScansOneConversionOfTheRightType) {
+  EXPECT_EQ("00042", Built(42, "%05d"));
+  EXPECT_EQ("v=2.50", Built(2.5, "v=%.2f"));
+  EXPECT_EQ("1.5", Built(static_cast<long double>(1.5), "%g"));
+  EXPECT_EQ("-5000000000", Built(-5000000000LL, "%lld"));
+  EXPECT_EQ(std::string(399, ' ') + "1", Built(1, "%400d"));  // longer than any fixed buffer
+  for (const char* format : {"%s", "%d %d", "no conversion", "%lld", "%*d", "%n", "%"})
+    EXPECT_EQ("<bad>", Built(3, format)) << format;
+  EXPECT_EQ("<bad>", Built(3, nullptr));
+  EXPECT_EQ("<bad>", Built(1.0, "%d"));
+  EXPECT_EQ("<bad>", Built(200, "%c"));  // a byte that is not UTF-8
 
   int i = 0;
   EXPECT_EQ(TPXString::Success, TPXString(" 17 ").ConvertToNum(&i, "%d"));

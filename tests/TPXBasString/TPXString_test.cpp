@@ -1,6 +1,6 @@
 // TPXString_test.cpp: character positions, iteration, searches and edits with the ASCII flag,
 // sharing, hashing and the BAD value.
-#include "KLDTPXBasCoreUtils.h"
+#include "TPXStringTestSupport.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -9,8 +9,6 @@ namespace {
 
 // 'aé€😀': 1 + 2 + 3 + 4 bytes.
 const char kMixed[] = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
-
-std::string Text(const TPXString& s) { return s.CastToCharPtr(); }
 
 /// Whether the flag is exact or conservatively clear.
 bool FlagHonest(const TPXString& s) {
@@ -64,24 +62,13 @@ TEST(TPXStringIterator, WalksForwardBackAndByJumps) {
 }
 
 TEST(TPXStringSearch, FindPositionCountsCharacters) {
-  const TPXString s(
-      "a\xC3\xA9"
-      "b");  // 'aéb'
+  const TPXString s("a\xC3\xA9\x62");  // 'aéb'
   struct Row {
     const char* pattern;
-    int start;
-    int expected;
+    int start, expected;
   } rows[] = {
-      {"b", 0, 2},
-      {"b", 2, 2},
-      {"b", 3, -1},
-      {"b", -1, -1},
-      {"\xC3\xA9", 0, 1},
-      {"", 1, 1},
-      {"x", 0, -1},
-      {"\xC3\xA9"
-       "bz",
-       0, -1},
+      {"b", 0, 2},        {"b", 2, 2}, {"b", 3, -1}, {"b", -1, -1},
+      {"\xC3\xA9", 0, 1}, {"", 1, 1},  {"x", 0, -1}, {"\xC3\xA9\x62z", 0, -1},
   };
   for (const Row& row : rows)
     EXPECT_EQ(row.expected, s.FindPosition(TPXString(row.pattern), row.start))
@@ -90,44 +77,34 @@ TEST(TPXStringSearch, FindPositionCountsCharacters) {
 }
 
 TEST(TPXStringEdit, ReplaceInsertRemoveKeepTheFlagRight) {
+  // Out-of-range starts and counts change nothing; the flag follows what stays.
   struct Row {
-    const char* name;
     const char* text;
-    int start;
-    int count;
-    const char* with;
-    const char* expected;
+    int start, count;
+    const char *with, *expected;
     bool ascii;
   } rows[] = {
-      {"insert at end does nothing", "abc", 3, 0, "x", "abc", true},
-      {"insert at 0", "abc", 0, 0, "x", "xabc", true},
-      {"count runs past the end", "abc", 1, 3, "x", "abc", true},
-      {"negative count", "abc", 1, -1, "x", "abc", true},
-      {"negative start", "abc", -1, 1, "x", "abc", true},
-      {"empty string", "", 0, 0, "x", "", true},
-      {"multi-byte in", "abc", 1, 1, "\xC3\xA9",
-       "a\xC3\xA9"
-       "c",
-       false},
-      {"last multi-byte out",
-       "a\xC3\xA9"
-       "c",
-       1, 1, "b", "abc", true},
-      {"one of two multi-byte out",
-       "\xC3\xA9"
-       "a\xC3\xA9",
-       0, 1, "b", "ba\xC3\xA9", false},
-      {"ascii out of mixed keeps clear", "a\xC3\xA9", 0, 1, "b", "b\xC3\xA9", false},
-      {"shrinking", "\xF0\x9F\x98\x80xyz", 0, 2, "", "yz", true},
-      {"up to the end", "ab\xE2\x82\xAC", 1, 2, "Q", "aQ", true},
+      {"abc", 3, 0, "x", "abc", true},
+      {"abc", 0, 0, "x", "xabc", true},
+      {"abc", 1, 3, "x", "abc", true},
+      {"abc", 1, -1, "x", "abc", true},
+      {"abc", -1, 1, "x", "abc", true},
+      {"", 0, 0, "x", "", true},
+      {"abc", 1, 1, "\xC3\xA9", "a\xC3\xA9\x63", false},
+      {"a\xC3\xA9\x63", 1, 1, "b", "abc", true},
+      {"\xC3\xA9\x61\xC3\xA9", 0, 1, "b", "ba\xC3\xA9", false},
+      {"a\xC3\xA9", 0, 1, "b", "b\xC3\xA9", false},
+      {"\xF0\x9F\x98\x80xyz", 0, 2, "", "yz", true},
+      {"ab\xE2\x82\xAC", 1, 2, "Q", "aQ", true},
   };
   for (const Row& row : rows) {
+    SCOPED_TRACE(std::string(row.text) + " " + std::to_string(row.start));
     TPXString s(row.text);
     const TPXString copy = s;
     s.ReplaceSubString(row.start, row.count, TPXString(row.with));
-    EXPECT_EQ(row.expected, Text(s)) << row.name;
-    EXPECT_EQ(row.ascii, s.IsAscii()) << row.name;
-    EXPECT_EQ(row.text, Text(copy)) << row.name << ": a copy changed";
+    EXPECT_EQ(row.expected, Text(s));
+    EXPECT_EQ(row.ascii, s.IsAscii());
+    EXPECT_EQ(row.text, Text(copy)) << "a copy changed";
   }
   TPXString s("abc");
   s.Remove(0, 2);
@@ -157,9 +134,7 @@ TEST(TPXStringEdit, ReplaceAllAndFirst) {
   self.ReplaceAll(self, TPXString("z"));  // the pattern is the string itself
   EXPECT_EQ("z", Text(self));
 
-  TPXString first(
-      "x\xE2\x82\xAC"
-      "b\xE2\x82\xAC");
+  TPXString first("x\xE2\x82\xAC\x62\xE2\x82\xAC");
   EXPECT_EQ(1, first.ReplaceSubString(TPXString("\xE2\x82\xAC"), TPXString("E")));
   EXPECT_EQ("xEb\xE2\x82\xAC", Text(first));
   EXPECT_EQ(-1, first.ReplaceSubString(TPXString("q"), TPXString("E")));
@@ -169,21 +144,15 @@ TEST(TPXStringEdit, StripModes) {
   struct Row {
     const char* text;
     TPXString::TPXStripMode mode;
-    const char* c;
-    const char* expected;
+    const char *c, *expected;
   } rows[] = {
       {"  ab  ", TPXString::TPXStripBoth, " ", "ab"},
       {"   ", TPXString::TPXStripBoth, " ", ""},
       {"  ab  ", TPXString::TPXStripLeading, " ", "ab  "},
       {"  a b  ", TPXString::TPXStripTrailing, " ", "  a b"},
       {"banana", TPXString::TPXStripAll, "a", "bnn"},
-      {"\xC3\xA9"
-       "a\xC3\xA9\xC3\xA9",
-       TPXString::TPXStripBoth, "\xC3\xA9", "a"},
-      {"\xC3\xA9"
-       "a\xC3\xA9"
-       "b",
-       TPXString::TPXStripAll, "\xC3\xA9", "ab"},
+      {"\xC3\xA9\x61\xC3\xA9\xC3\xA9", TPXString::TPXStripBoth, "\xC3\xA9", "a"},
+      {"\xC3\xA9\x61\xC3\xA9\x62", TPXString::TPXStripAll, "\xC3\xA9", "ab"},
       {"", TPXString::TPXStripBoth, " ", ""},
   };
   for (const Row& row : rows) {
@@ -194,15 +163,12 @@ TEST(TPXStringEdit, StripModes) {
     EXPECT_EQ(row.text, Text(s));
   }
   // Stripping a multi-byte character away leaves exact ASCII.
-  EXPECT_TRUE(TPXString("\xC3\xA9"
-                        "a")
-                  .Strip(TPXString::TPXStripAll, TPXChar::Make("\xC3\xA9"))
-                  .IsAscii());
+  EXPECT_TRUE(
+      TPXString("\xC3\xA9\x61").Strip(TPXString::TPXStripAll, TPXChar::Make("\xC3\xA9")).IsAscii());
 }
 
 TEST(TPXStringEdit, ResizeAndSubString) {
   struct Case {
-    const char* name;
     const char* text;
     int length;
     const char* fill;
@@ -210,18 +176,15 @@ TEST(TPXStringEdit, ResizeAndSubString) {
     const char* expected;
     bool ascii;
   } resizes[] = {
-      {"pads", "ab", 5, "-", 0, "ab---", true},
-      {"keeps without truncate", "ab", 1, "-", 0, "ab", true},
-      {"cuts", "ab", 1, "-", 1, "a", true},
-      {"negative empties",
-       "\xC3\xA9"
-       "ab",
-       -3, "-", 1, "", true},
-      {"multi-byte fill", "a", 3, "\xE2\x82\xAC", 0, "a\xE2\x82\xAC\xE2\x82\xAC", false},
-      {"cut back to ascii", "a\xE2\x82\xAC", 1, " ", 1, "a", true},
+      {"ab", 5, "-", 0, "ab---", true},
+      {"ab", 1, "-", 0, "ab", true},
+      {"ab", 1, "-", 1, "a", true},
+      {"\xC3\xA9\x61\x62", -3, "-", 1, "", true},
+      {"a", 3, "\xE2\x82\xAC", 0, "a\xE2\x82\xAC\xE2\x82\xAC", false},
+      {"a\xE2\x82\xAC", 1, " ", 1, "a", true},
   };
   for (const Case& c : resizes) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(std::string(c.text) + " " + std::to_string(c.length));
     TPXString s(c.text);
     s.Resize(c.length, TPXChar::Make(c.fill), c.truncate);
     EXPECT_EQ(c.expected, Text(s));
@@ -232,20 +195,11 @@ TEST(TPXStringEdit, ResizeAndSubString) {
     int start, count;
     const char* expected;
     bool ascii;  // every character taken is one byte
-  } subs[] = {
-      {"a\xC3\xA9"
-       "b",
-       1, 2,
-       "\xC3\xA9"
-       "b",
-       false},
-      {"a\xC3\xA9"
-       "b",
-       2, 100, "b", true},
-      {"abc", 1, 2, "bc", true},
-      {"abc", 3, 2, "", true},
-      {"abc", -1, 2, "", true},
-  };
+  } subs[] = {{"a\xC3\xA9\x62", 1, 2, "\xC3\xA9\x62", false},
+              {"a\xC3\xA9\x62", 2, 100, "b", true},
+              {"abc", 1, 2, "bc", true},
+              {"abc", 3, 2, "", true},
+              {"abc", -1, 2, "", true}};
   for (const Sub& c : subs) {
     const TPXString sub = TPXString(c.text).SubString(c.start, c.count);
     EXPECT_EQ(c.expected, Text(sub)) << c.text << " " << c.start;
@@ -331,23 +285,15 @@ TEST(TPXStringBad, FailedBuildLeavesAnInertBadValue) {
   EXPECT_EQ(0u, length);
   EXPECT_EQ(TPXString::Failure, s.ConvertToUTF16(nullptr, &length));
   s = "fine";
-  EXPECT_FALSE(s.IsBAD());
-  EXPECT_EQ("fine", Text(s));
+  const TPXString shared = s;
+  EXPECT_EQ(s.CastToCharPtr(), shared.CastToCharPtr());
+  s.Reset();  // a reset string is null and ASCII; its former copies keep their text
+  EXPECT_TRUE(s.IsNull() && s.IsAscii());
+  EXPECT_EQ("fine", Text(shared));
   s.ToBAD();
   EXPECT_TRUE(s.IsBAD());
   s.Reset();
   EXPECT_FALSE(s.IsBAD());
-  EXPECT_TRUE(s.IsNull());
-}
-
-TEST(TPXStringSharing, ResetLeavesCopiesTheirText) {
-  TPXString s("shared text");
-  const TPXString copy = s;
-  EXPECT_EQ(s.CastToCharPtr(), copy.CastToCharPtr());
-  s.Reset();
-  EXPECT_TRUE(s.IsNull());
-  EXPECT_TRUE(s.IsAscii());
-  EXPECT_EQ("shared text", Text(copy));
 }
 
 TEST(TPXStringDeathTest, BrokenPositionsAreFatal) {
@@ -358,8 +304,8 @@ TEST(TPXStringDeathTest, BrokenPositionsAreFatal) {
   EXPECT_DEATH((void)ascii[4], "AssertionFailed:iPos <= atr_StringBase::Length\\(\\)");
   EXPECT_DEATH((void)mixed[6], "AssertionFailed:iPos == 0");
   EXPECT_DEATH(++mixed.End(), "AssertionFailed:NotDone\\(\\)");
-  EXPECT_DEATH((void)(ascii.Begin() + 4),
-               "AssertionFailed:temp.m_pos >= 0 &&temp.m_pos <= "
-               "m_string->atr_StringBase::Length\\(\\)");
+  EXPECT_DEATH(
+      (void)(ascii.Begin() + 4),
+      "AssertionFailed:temp.m_pos >= 0 &&temp.m_pos <= m_string->atr_StringBase::Length\\(\\)");
   EXPECT_DEATH((void)(ascii.Begin() - mixed.Begin()), "AssertionFailed:i.m_string == m_string");
 }
