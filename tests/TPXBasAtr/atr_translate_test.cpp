@@ -1,13 +1,9 @@
 // atr_translate_test.cpp: parsing formats, substituting arguments, assembling messages.
-#include "atr_translate_testing.h"
+#include "atr_TestSupport.h"
 
-#include <clocale>
 #include <cstdint>
 #include <cstdio>
-#include <gtest/gtest.h>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -39,16 +35,14 @@ TEST(atr_translateParse, TemplatesFromFormats) {
     const char* expected;  // every conversion filled with "<n>", n its argument
   } rows[] = {
       // clang-format off
-      {"plain text", "plain text"}, {"", ""}, {"100%% done", "100% done"}, {"%d%%s", "<1>%s"},
-      {"abc %", "abc "}, {"abc %5", "abc "}, {"abc %2$", "abc "}, {"%5k", "k"}, {"%hd", "hd"},
-      {"%+d", "+d"}, {"% d", " d"}, {"%#x", "#x"}, {"%*d", "*d"}, {"%Lf", "Lf"}, {"%5%d", "%d"},
-      {"%%%s%%", "%<1>%"}, {"%s%s%s", "<1><2><3>"}, {"%2$s before %1$s", "<2> before <1>"},
-      {"%2$s %s %s", "<2> <1> <3>"}, {"%1$s %3$s", "<1> <2>"}, {"%3$s %3$s %1$s", "<2> <3> <1>"},
+      {"", ""}, {"100%% done", "100% done"}, {"%d%%s", "<1>%s"}, {"abc %", "abc "},
+      {"abc %5", "abc "}, {"abc %2$", "abc "}, {"%5k", "k"}, {"%hd", "hd"}, {"%+d", "+d"},
+      {"% d", " d"}, {"%#x", "#x"}, {"%*d", "*d"}, {"%Lf", "Lf"}, {"%5%d", "%d"},
+      {"%2$s %s %s", "<2> <1> <3>"}, {"%3$s %3$s %1$s", "<2> <3> <1>"},
       {"%10$s %20$s %5$s", "<2> <3> <1>"}, {"%s %1$s", "<2> <1>"}, {"%0$s %s", "<1> <2>"},
       {"%99999999999999$s|%s", "<2>|<1>"}, {"a%-5.3ld b", "a<1> b"}, {"%ls%lls", "<1><2>"},
-      {"\\@ only a note", ""}, {"Open the file\\@menu", "Open the file"},
-      {"Open %s\\@menu %s", "Open <1>"}, {"%\xc3\xa9%s\xc3\xa9", "\xc3\xa9<1>\xc3\xa9"},
-      {"%s%s%s%s%s%s", "<1><2><3><4>%s%s"},
+      {"\\@ only a note", ""}, {"Open %s\\@menu %s", "Open <1>"},
+      {"%\xc3\xa9%s\xc3\xa9", "\xc3\xa9<1>\xc3\xa9"}, {"%s%s%s%s%s%s", "<1><2><3><4>%s%s"},
       {"a long literal text that does not fit inside the message object, with %s in it and a"
        " second conversion %s near its end, so that the template lives on the heap",
        "a long literal text that does not fit inside the message object, with <1> in it and a"
@@ -65,12 +59,9 @@ TEST(atr_translateParse, ConversionTextsAsWritten) {
     const char* format;
     int n;
     const char* expected;
-  } rows[] = {
-      {"%ld", 1, "%d"},          {"%lld", 1, "%ld"},   {"%5.2lf", 1, "%5.2f"},
-      {"%-08.3x", 1, "%-08.3x"}, {"%2$s %s", 1, "%s"}, {"%2$5s %-3d", 2, "%5s"},
-      {"%s", 0, nullptr},        {"%s", 2, nullptr},   {"%l", 1, nullptr},
-      {"%1$s %1$d", 2, "%d"},    {"text", 1, nullptr},
-  };
+  } rows[] = {{"%ld", 1, "%d"},   {"%lld", 1, "%ld"},    {"%-08.3lx", 1, "%-08.3x"},
+              {"%s", 0, nullptr}, {"%s", 2, nullptr},    {"%2$5s %-3d", 2, "%5s"},
+              {"%l", 1, nullptr}, {"%1$s %1$d", 2, "%d"}};
   for (int pass = 0; pass < 2; ++pass)
     for (const Row& row : rows) {
       atr_translate message(row.format, kUtf8);
@@ -92,7 +83,6 @@ TEST(atr_translateParse, ManyReorderedConversionsReachTheirArguments) {
   }
   EXPECT_EQ(expected, Receivers(format.c_str(), 40));
   EXPECT_EQ(expected, Receivers(format.c_str(), 40));
-  EXPECT_EQ("<3><1><2>", Receivers("%9$s%2$s%5$s", 3));
 }
 
 TEST(atr_translateParse, TemplatesAreKeptPerThreadAndEvictedSafely) {
@@ -141,13 +131,11 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
       {atr("Value %d", kUtf8).CStr(), "Value %s"},
       {Msg("%5s|", 5), "5|"},  // an int under "%s": "%d", no padding
       {Msg("%8.3f", 5), "5.000000"},
-      {Msg("%e", 5), "5.000000e+00"},
       {Msg("%x|%X|%o|%c|%u", 255, 255, 8, 65, -1), "ff|FF|10|A|4294967295"},
       {Msg("%05d|%-4d|%+d|%d|%s", 42, 7, -2147483647 - 1, -5), "00042|7   |+d|-2147483648|-5"},
       {Msg("%lld", 7), "7"},  // '%ld' after the length letter is dropped: still the int's value
       {Msg("%d", 4294967295u), "4294967295"},
       {Msg("%s|%x|%g|%u|%5u", 7u, 255u, 2u, 8u, 9u), "7|ff|2|8|    9"},
-      {Msg("%d", 5000000000LL), "5000000000"},
       {Msg("%s", 5000000000LL), "5000000000"},
       {Msg("%d|%u|%s", -5000000000LL, -1LL, -9223372036854775807LL - 1),
        "-5000000000|18446744073709551615|-9223372036854775808"},
@@ -155,7 +143,6 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
       {Msg("%d|%s|%u", 18446744073709551615ULL, 1ULL, 2ULL), "18446744073709551615|1|2"},
       {Msg("%f", 3LL), "3.000000"},
       {Msg("%5.2f", 3.14159), " 3.14"},
-      {Msg("%e", 1.0), "1.000000e+00"},
       {Msg("%s", 1.0), "1.000000e+00"},
       {Msg("%d", 2.5), "2.500000e+00"},
       {Msg("%E|%g", 1e100, 0.5), "1.000000E+100|0.5"},
@@ -163,21 +150,16 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
       {Msg("%f", 2.5f), "2.500000"},
       {Msg("%s and %s", "a", static_cast<const char*>(nullptr)), "a and "},
       {Msg("%d", "text"), "text"},  // a text under a numeric conversion is shown as it is
-      {Msg("%5s|%-5s|%.1s|", "ab", "ab", "abc"), "   ab|ab   |a|"},
       {Msg("%25s", "ab"), std::string(23, ' ') + "ab"},
       {Msg("%3.1s|%-4.2s|%.9s|%.s|", "abc", "abc", "abc", "abc"), "  a|ab  |abc|abc|"},
       {Msg("%2$s before %1$s", "a", "b"), "b before a"},
-      {Msg("%1$s %3$s", "a", "b", "c"), "a b"},
       {Msg("%s %s %s", "A"), "A %s %s"},
       {Msg("%s", "A", "B", 3), "A"},  // extra arguments are dropped
-      {Msg("%d%%s", 7), "7%s"},
-      {Msg("%s", atr_MakeAtrString("string")), "string"},
       {Msg("%-7s|", atr_MakeAtrString("str")), "str    |"},
       {Msg("%c", 0), ""},
       {Msg("%x", p), pointer},
       {Msg("%d", static_cast<const void*>(nullptr)), "0"},
       {atr("%s %d %u %g %c", buffer, s, size, 1.5f, 'c', kUtf8).CStr(), "mutable -2 12 1.5 c"},
-      {atr("E: %s in %s at %d", "oops", buffer, 3, kUtf8).CStr(), "E: oops in mutable at 3"},
       {atr(static_cast<const char*>(nullptr), kUtf8).CStr(), ""},
       {atr<int>(nullptr, 5, kUtf8).CStr(), ""},
       {atr_raw(nullptr, kUtf8).CStr(), ""},
@@ -228,10 +210,9 @@ TEST(atr_translateSubstitute, HugeWidthsAndPrecisionsAreBounded) {
 }
 
 TEST(atr_translateSubstitute, FixExponentAndFmtRewriting) {
-  const char* fixes[][2] = {{"1.5e+005", "1.5e+05"},    {"1.5e-007", "1.5e-07"},
-                            {"1e+100", "1e+100"},       {"1.5E+005", "1.5E+005"},
-                            {"1.5e+05", "1.5e+05"},     {"e", "e"},
-                            {"2.0e+0051", "2.0e+0051"}, {"", ""}};
+  const char* fixes[][2] = {
+      {"1.5e-007", "1.5e-07"},    {"1e+100", "1e+100"}, {"1.5E+005", "1.5E+005"},
+      {"2.0e+0051", "2.0e+0051"}, {"e", "e"},           {"", ""}};
   for (const auto& fix : fixes) {
     char text[32];
     std::snprintf(text, sizeof(text), "%s", fix[0]);
@@ -266,7 +247,7 @@ TEST(atr_translateSubstitute, FixExponentAndFmtRewriting) {
 }
 
 TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
-  atr_test::SearchEnv env(atr_test::FixtureDir());
+  atr_test::SearchEnv env(KLD_TEST_DATA_DIR);
   testing::internal::CaptureStderr();
   atr_tr_enable(true);
   testing::internal::GetCapturedStderr();
