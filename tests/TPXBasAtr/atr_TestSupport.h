@@ -46,11 +46,12 @@ class TestString : public atr_StringBase {
 /// A string of exactly these bytes, zero bytes included.
 inline TestString Of(const std::string& t) { return TestString(t.data(), int(t.size())); }
 
-/// Runs work with the string module alone brought up with ATR_SUMMARY set; gives the report
-/// written at its finalise and the eleven figures read back from it.
-inline std::pair<std::string, std::vector<double>> StatisticsOf(const std::function<void()>& work) {
+/// Runs work with the string module alone brought up with ATR_SUMMARY as given; gives the
+/// report written at its finalise and the figures read back from it.
+inline std::pair<std::string, std::vector<double>> StatisticsOf(const std::function<void()>& work,
+                                                                const char* summary = "") {
   kld_test::FreshLibrary fresh;
-  kld_test::ScopedEnv summary("ATR_SUMMARY", "");
+  kld_test::ScopedEnv env("ATR_SUMMARY", summary);
   int tally = 0;
   TPXBasAtr_initialize(tally);
   work();

@@ -30,6 +30,14 @@ std::string Receivers(const char* format, int count) {
 }  // namespace
 
 TEST(atr_translateParse, TemplatesFromFormats) {
+  const std::string text(200, '.'), longFormat = text + "%s" + text + "%s",
+                                    longExpected = text + "<1>" + text + "<2>";
+  // 40 conversions numbered backwards: argument n goes to the n-th lowest number.
+  std::string many, manyExpected;
+  for (int i = 40; i >= 1; --i) {
+    many += "%" + std::to_string(i) + "$s,";
+    manyExpected += "<" + std::to_string(i) + ">,";
+  }
   struct Row {
     const char* format;
     const char* expected;  // every conversion filled with "<n>", n its argument
@@ -42,16 +50,14 @@ TEST(atr_translateParse, TemplatesFromFormats) {
       {"%10$s %20$s %5$s", "<2> <3> <1>"}, {"%s %1$s", "<2> <1>"}, {"%0$s %s", "<1> <2>"},
       {"%99999999999999$s|%s", "<2>|<1>"}, {"a%-5.3ld b", "a<1> b"}, {"%ls%lls", "<1><2>"},
       {"\\@ only a note", ""}, {"Open %s\\@menu %s", "Open <1>"},
-      {"%\xc3\xa9%s\xc3\xa9", "\xc3\xa9<1>\xc3\xa9"}, {"%s%s%s%s%s%s", "<1><2><3><4>%s%s"},
-      {"a long literal text that does not fit inside the message object, with %s in it and a"
-       " second conversion %s near its end, so that the template lives on the heap",
-       "a long literal text that does not fit inside the message object, with <1> in it and a"
-       " second conversion <2> near its end, so that the template lives on the heap"},
+      {"%\xc3\xa9%s\xc3\xa9", "\xc3\xa9<1>\xc3\xa9"}, {"%s%s%s%s%s%s", "<1><2><3><4><5><6>"},
+      {longFormat.c_str(), longExpected.c_str()},  // the template lives on the heap
+      {many.c_str(), manyExpected.c_str()},
       // clang-format on
   };
   // The second pass finds each template kept from the first.
   for (int pass = 0; pass < 2; ++pass)
-    for (const Row& row : rows) EXPECT_EQ(row.expected, Receivers(row.format, 4)) << row.format;
+    for (const Row& row : rows) EXPECT_EQ(row.expected, Receivers(row.format, 40)) << row.format;
 }
 
 TEST(atr_translateParse, ConversionTextsAsWritten) {
@@ -64,25 +70,9 @@ TEST(atr_translateParse, ConversionTextsAsWritten) {
               {"%l", 1, nullptr}, {"%1$s %1$d", 2, "%d"}};
   for (int pass = 0; pass < 2; ++pass)
     for (const Row& row : rows) {
-      atr_translate message(row.format, kUtf8);
-      const char* got = message.Format(row.n);
-      if (row.expected == nullptr)
-        EXPECT_EQ(nullptr, got) << row.format << " n=" << row.n;
-      else
-        EXPECT_STREQ(row.expected, got) << row.format << " n=" << row.n;
+      const char* got = atr_translate(row.format, kUtf8).Format(row.n);
+      EXPECT_STREQ(row.expected ? row.expected : "(null)", got ? got : "(null)") << row.format;
     }
-}
-
-TEST(atr_translateParse, ManyReorderedConversionsReachTheirArguments) {
-  // 40 conversions numbered backwards: the diminishing-gap sort must deliver argument n to the
-  // conversion with the n-th lowest number, also when the template is kept and reused.
-  std::string format, expected;
-  for (int i = 40; i >= 1; --i) {
-    format += "%" + std::to_string(i) + "$s,";
-    expected += "<" + std::to_string(i) + ">,";
-  }
-  EXPECT_EQ(expected, Receivers(format.c_str(), 40));
-  EXPECT_EQ(expected, Receivers(format.c_str(), 40));
 }
 
 TEST(atr_translateParse, TemplatesAreKeptPerThreadAndEvictedSafely) {
@@ -127,6 +117,7 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
     std::string got;
     std::string expected;
   } rows[] = {
+      // clang-format off
       {Msg("Value %d", 5), "Value 5"},
       {atr("Value %d", kUtf8).CStr(), "Value %s"},
       {Msg("%5s|", 5), "5|"},  // an int under "%s": "%d", no padding
@@ -137,8 +128,7 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
       {Msg("%d", 4294967295u), "4294967295"},
       {Msg("%s|%x|%g|%u|%5u", 7u, 255u, 2u, 8u, 9u), "7|ff|2|8|    9"},
       {Msg("%s", 5000000000LL), "5000000000"},
-      {Msg("%d|%u|%s", -5000000000LL, -1LL, -9223372036854775807LL - 1),
-       "-5000000000|18446744073709551615|-9223372036854775808"},
+      {Msg("%d|%u|%s", -5000000000LL, -1LL, -9223372036854775807LL - 1), "-5000000000|18446744073709551615|-9223372036854775808"},
       {Msg("%x|%5c|%-3c|", 0x1234567890LL, 0x141LL, 66LL), "1234567890|    A|B  |"},
       {Msg("%d|%s|%u", 18446744073709551615ULL, 1ULL, 2ULL), "18446744073709551615|1|2"},
       {Msg("%f", 3LL), "3.000000"},
@@ -165,6 +155,7 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
       {atr_raw(nullptr, kUtf8).CStr(), ""},
       {atr_raw("Open the file\\@menu", kUtf8).CStr(), "Open the file"},
       {atr_raw("50% %d", kUtf8).CStr(), "50% %d"},
+      // clang-format on
   };
   for (const Row& row : rows) EXPECT_EQ(row.expected, row.got);
 
@@ -193,6 +184,7 @@ TEST(atr_translateSubstitute, HugeWidthsAndPrecisionsAreBounded) {
     size_t length;
     const char* suffix;
   } rows[] = {
+      // clang-format off
       {Msg("%5000d", 7), max, "7"},
       {Msg("%-99999999999d|", 7), max + 1, " |"},
       {Msg("%.2000d", 7), max, "07"},
@@ -202,6 +194,7 @@ TEST(atr_translateSubstitute, HugeWidthsAndPrecisionsAreBounded) {
       {Msg("%5000.3000x", 0xffLL), max, "ff"},
       {Msg("%2000000000s", "ab"), max, "ab"},
       {Msg("%.2000000000s", "ab"), 2, "ab"},
+      // clang-format on
   };
   for (const Row& row : rows) {
     EXPECT_EQ(row.length, row.got.size()) << row.got.substr(0, 40);
@@ -227,12 +220,14 @@ TEST(atr_translateSubstitute, FixExponentAndFmtRewriting) {
     const char* format;
     const char* noWidth;
   } fmts[] = {
+      // clang-format off
       {"%8.3d", atr_Fmt::SizeDefault, 0, "%8.3d", "%d"},
       {"%8.3d", atr_Fmt::SizeShort, 0, "%8.3hd", "%hd"},
       {"%8.3d", atr_Fmt::SizeChar, 'x', "%8.3hx", "%hx"},
       {"%d", atr_Fmt::SizeLongLong, 'u', "%u", "%u"},
       {"d", atr_Fmt::SizeUnsignedShort, 0, "hd", "%hd"},
       {"", atr_Fmt::SizeShort, 'x', "", "%hx"},
+      // clang-format on
   };
   for (const FmtRow& row : fmts) {
     atr_Fmt fmt(row.fmt);
@@ -255,8 +250,8 @@ TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
     std::string got;
     const char* expected;
   } rows[] = {
-      {Msg("Exception: %s in file %s at line %d", "E", "a.cpp", 12),
-       "Exception : E dans le fichier a.cpp à la ligne 12"},
+      // clang-format off
+      {Msg("Exception: %s in file %s at line %d", "E", "a.cpp", 12), "Exception : E dans le fichier a.cpp à la ligne 12"},
       {Msg("Copy %s to %s", "src", "dst"), "Copier vers dst depuis src"},
       {Msg("%s has %d items", "box", 3), "3 éléments dans box"},
       {Msg("Value %d", 5), "Valeur 5"},
@@ -271,6 +266,7 @@ TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
       {atr("Open the file\\@other", kUtf8).CStr(), "Open the file"},
       {atr("Open", kUtf8).CStr(), "Open"},
       {Msg("Not in the dictionary %d", 1), "Not in the dictionary 1"},
+      // clang-format on
   };
   for (const Row& row : rows) EXPECT_EQ(row.expected, row.got);
   // A template kept before the release is not mistaken for the translation afterwards.
@@ -279,8 +275,8 @@ TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
 }
 
 TEST(atr_translateModes, LocaleModeConvertsAtTheEdges) {
-  std::string saved = std::setlocale(LC_CTYPE, nullptr);
-  ASSERT_NE(nullptr, std::setlocale(LC_CTYPE, "C.UTF-8"));
+  atr_test::ScopedCtype ctype("C.UTF-8");
+  ASSERT_TRUE(ctype.ok());
   EXPECT_STREQ("Caf\xc3\xa9 \xc3\xa9t\xc3\xa9 5",
                atr("Caf\xc3\xa9 %s %d", "\xc3\xa9t\xc3\xa9", 5, kLocale).CStr());
   // In the "C" locale bytes above 0x7F are not characters: the conversion says so in-band.
@@ -289,7 +285,6 @@ TEST(atr_translateModes, LocaleModeConvertsAtTheEdges) {
   EXPECT_EQ(0u, got.find("****ERROR: Transcoding Error: ")) << got;
   EXPECT_STREQ("plain 5", atr("plain %d", 5, kLocale).CStr());
   EXPECT_STREQ("\xc3\xa9", atr("%s", "\xc3\xa9", kUtf8).CStr());
-  std::setlocale(LC_CTYPE, saved.c_str());
 
   atr_String text = atr_MakeAtrString("shared");
   EXPECT_EQ(text.CStr(), TPXBasAtrStringMode::ModalToUTF8(text, kUtf8).CStr());
