@@ -96,48 +96,43 @@ TEST(atr_DictScanner, LoaderStoresExactlyTheScannedEntriesLastDefinitionFirst) {
 
   EXPECT_EQ(entries, atr_trLoadFile("/nonexistent"));  // a second load is a no-op
   atr_trReleaseDB();
+  EXPECT_EQ(0, atr_trLoadFile("/nonexistent"));  // remembered like a failed search
+  EXPECT_EQ(0, atr_trLoadFile(file.c_str()));
+  atr_trReleaseDB();
 }
 
 TEST(atr_FormatConversions, ReportsWhatTheFormatterParses) {
-  struct Expected {
-    int argument, number;
-    bool numbered;
-    char letter;
-    const char* format;
-  };
   const auto kTr = atr_FormatConversions::AsTranslation, kFormat = atr_FormatConversions::AsFormat;
-  struct Case {
+  // Each conversion as "argument<number[$] letter format;" ('$': numbered in the text).
+  const struct {
     const char* text;
     atr_FormatConversions::SourceMode source;
     bool ok;
-    std::vector<Expected> conversions;
+    const char* conversions;
   } cases[] = {
       // clang-format off
-      {"Exception: %s in file %s at line %d", kTr, true, {{1, 1, false, 's', "%s"}, {2, 2, false, 's', "%s"}, {3, 3, false, 'd', "%d"}}},
-      {"%2$s %s %s", kTr, true, {{2, 2, true, 's', "%s"}, {1, 1, false, 's', "%s"}, {3, 3, false, 's', "%s"}}},
-      {"%1$s %3$s", kTr, true, {{1, 1, true, 's', "%s"}, {2, 3, true, 's', "%s"}}},  // n-th lowest number: argument n
-      {"%-5.2lf|%lld|%5k|%hd|100%%|%+d|%", kTr, true, {{1, 1, false, 'f', "%-5.2f"}, {2, 2, false, 'd', "%ld"}}},
-      {"bad %$s here", kTr, false, {}},
-      {"Open %d\\@menu %s", kTr, true, {{1, 1, false, 'd', "%d"}, {2, 2, false, 's', "%s"}}},
-      {"Open %d\\@menu %s", kFormat, true, {{1, 1, false, 'd', "%d"}}},
-      {"Open %d\\@ %$", kFormat, true, {{1, 1, false, 'd', "%d"}}},
-      {nullptr, kFormat, true, {}},
+      {"Exception: %s in file %s at line %d", kTr, true, "1<1 s %s;2<2 s %s;3<3 d %d;"},
+      {"%2$s %s %s", kTr, true, "2<2$ s %s;1<1 s %s;3<3 s %s;"},
+      {"%1$s %3$s", kTr, true, "1<1$ s %s;2<3$ s %s;"},  // the n-th lowest number takes argument n
+      {"%-5.2lf|%lld|%5k|%hd|100%%|%+d|%", kTr, true, "1<1 f %-5.2f;2<2 d %ld;"},
+      {"bad %$s here", kTr, false, ""},
+      {"Open %d\\@menu %s", kTr, true, "1<1 d %d;2<2 s %s;"},
+      {"Open %d\\@menu %s", kFormat, true, "1<1 d %d;"}, {"Open %d\\@ %$", kFormat, true, "1<1 d %d;"},
+      {nullptr, kFormat, true, ""},
       // clang-format on
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.text != nullptr ? c.text : "(null)");
     atr_FormatConversions list(c.text, c.source);
     EXPECT_EQ(c.ok, list.Ok());
-    ASSERT_EQ(static_cast<int>(c.conversions.size()), list.Count());
+    std::string got;
     for (int i = 0; i < list.Count(); ++i) {
-      const Expected& e = c.conversions[static_cast<size_t>(i)];
-      EXPECT_EQ(e.argument, list[i].m_argument) << i;
-      EXPECT_EQ(e.number, list[i].m_number) << i;
-      EXPECT_EQ(e.numbered, list[i].m_numbered) << i;
-      EXPECT_EQ(e.letter, list[i].m_letter) << i;
-      EXPECT_STREQ(e.format, list[i].m_format) << i;
-      EXPECT_EQ(&list[i], list.ForArgument(e.argument)) << i;
+      const auto& v = list[i];
+      got += std::to_string(v.m_argument) + "<" + std::to_string(v.m_number) +
+             (v.m_numbered ? "$ " : " ") + v.m_letter + " " + v.m_format + ";";
+      EXPECT_EQ(&v, list.ForArgument(v.m_argument)) << i;
     }
+    EXPECT_EQ(c.conversions, got);
     EXPECT_EQ(nullptr, list.ForArgument(0));
     EXPECT_EQ(nullptr, list.ForArgument(list.Count() + 1));
   }

@@ -70,7 +70,8 @@ TEST(atr_translateParse, ConversionTextsAsWritten) {
               {"%l", 1, nullptr}, {"%1$s %1$d", 2, "%d"}};
   for (int pass = 0; pass < 2; ++pass)
     for (const Row& row : rows) {
-      const char* got = atr_translate(row.format, kUtf8).Format(row.n);
+      atr_translate message(row.format, kUtf8);
+      const char* got = message.Format(row.n);
       EXPECT_STREQ(row.expected ? row.expected : "(null)", got ? got : "(null)") << row.format;
     }
 }
