@@ -10,11 +10,9 @@ namespace {
 TEST(atr_NatOrder, OrdersTextsByEmbeddedNumbersAndSignedBytes) {
   const std::string longRun(1000, '7');
   const std::string longA = "v" + longRun + "a", longB = "v" + longRun + "b";
-  const struct {
-    const char *a, *b;
-    int expected;  // strnatcmp(a, b)
-  } cases[] = {
-      // clang-format off
+  // expected: strnatcmp(a, b)
+  // clang-format off
+  const struct { const char *a, *b; int expected; } cases[] = {
       {"part9", "part10", -1}, {"x100", "x99", 1},
       {"a19b", "a20a", -1},  // same length: the first differing digit decides
       // Leading zeros compare like fractions; the shorter zero-led run is less.

@@ -254,12 +254,8 @@ TEST(atr_StringEdit, EveryEditGivesItsTextLengthAndTerminator) {
   atr_test::ScopedCtype utf8("C.UTF-8");  // case changes skip multi-byte characters
   ASSERT_TRUE(utf8.ok());
   const std::string big(300, 'b');
-  const struct {
-    std::string before;
-    Edit edit;
-    std::string after;
-  } cases[] = {
-      // clang-format off
+  // clang-format off
+  const struct { std::string before; Edit edit; std::string after; } cases[] = {
       {"ab", [](TestString& s) { s.append("0123", 4, 1, 2); }, "ab12"},
       {"a", [](TestString& s) { s.Append("\0z", 2); }, std::string("a\0z", 3)},
       {"abcd", [](TestString& s) { s.insert(2, "XYZ", 3, 1, 5); }, "abYZcd"},
@@ -306,11 +302,8 @@ TEST(atr_StringEdit, EveryEditGivesItsTextLengthAndTerminator) {
 // whether the edit stays in place or moves the storage.
 TEST(atr_StringEdit, SourceInsideTheEditedString) {
   using T = const std::string&;
-  const struct {
-    Edit edit;
-    std::function<std::string(T)> expected;
-  } cases[] = {
-      // clang-format off
+  // clang-format off
+  const struct { Edit edit; std::function<std::string(T)> expected; } cases[] = {
       {[](TestString& s) { s.Append(s); }, [](T t) { return t + t; }},
       {[](TestString& s) { s.append(s.CStr(), s.Length(), 1, ATR_TO_END); }, [](T t) { return t + t.substr(1); }},
       {[](TestString& s) { s.insert(1, s.CStr(), s.Length(), 2, ATR_TO_END); }, [](T t) { return t.substr(0, 1) + t.substr(2) + t.substr(1); }},
@@ -339,11 +332,8 @@ using atr_StringBaseDeathTest = ::testing::Test;
   "AssertionFailed:" expr " \\[TPXBase/TPXBasAtr.m/src/atr_StringBase:[0-9]+\\]"
 
 TEST(atr_StringBaseDeathTest, IndexPositionAndLengthOutOfRange) {
-  const struct {
-    Edit edit;
-    const char* report;
-  } cases[] = {
-      // clang-format off
+  // clang-format off
+  const struct { Edit edit; const char* report; } cases[] = {
       {[](TestString& s) { (void)std::as_const(s)[4]; }, ATR_REPORT("ix <= Length\\(\\)")},
       {[](TestString& s) { (void)std::as_const(s)[-1]; }, ATR_REPORT("ix <= Length\\(\\)")},
       {[](TestString& s) { s[3] = 'x'; }, ATR_REPORT("ix < Length\\(\\)")},

@@ -46,13 +46,9 @@ TEST(atr_StringMake, CopiesConcatenatesAndCutsBytes) {
 }
 
 TEST(atr_StringFields, ExtractFindsTheNthFieldWithOrWithoutQuotes) {
-  const struct {
-    const char* text;
-    unsigned n;
-    char quote;  // 0: none
-    const char* expected;
-  } cases[] = {
-      // clang-format off
+  // quote: 0: none
+  // clang-format off
+  const struct { const char* text; unsigned n; char quote; const char* expected; } cases[] = {
       {"a,b,d", 1, 0, "b"}, {"a,,d", 1, 0, ""}, {"a,b,", 2, 0, ""}, {"a,b", 3, 0, ""},
       {",b", 0, 0, ""}, {"a,b,d", 0, 0, "a"}, {"x,yy,zzz", 2, 0, "zzz"}, {"abc", 1, 0, ""},
       {"\"x\"\"y\"", 0, '"', "x\"y"}, {"\"a\",\"b\"", 1, '"', "b"},
@@ -103,13 +99,8 @@ TEST(atr_StringPlaceholders, ReplaceNonTranslatedTakesTheFirstOccurrenceOnly) {
 // line of a text and, when asked to keep broken texts, leaves a text that has a line end as is.
 TEST(atr_StringLines, BreakLineStringAndAddLineBreaks) {
   enum Call { Break, Add, AddKeep };
-  const struct {
-    std::string text;
-    unsigned width;
-    Call call;
-    std::string expected;
-  } cases[] = {
-      // clang-format off
+  // clang-format off
+  const struct { std::string text; unsigned width; Call call; std::string expected; } cases[] = {
       {"aaaa bbbb cccc dddd", 10, Break, "aaaa bbbb cccc\ndddd"}, {"aaaa bbbb cccc dddd", 5, Break, "aaaa bbbb\ncccc dddd"},
       {"ab cd", 0, Break, "ab\ncd"}, {"  aa bb", 3, Break, "  aa\nbb"}, {"aa   bb", 2, Break, "aa\n  bb"},
       {"abcdefghij kl", 4, Break, "abcdefghij\nkl"}, {"aaaa bbbb\n", 4, Break, "aaaa\nbbbb\n"},
@@ -173,12 +164,8 @@ TEST(atr_StringConversion, AsciiIsSharedOtherTextIsConvertedOrReported) {
     EXPECT_EQ(ascii.CStr(), ascii.UTF8ToLocale().CStr());
   }
   const std::string error = "****ERROR: Transcoding Error: ";
-  const struct {
-    const char* locale;
-    std::string in;
-    bool toUtf8;
-    std::string out;
-  } cases[] = {
+  // clang-format off
+  const struct { const char* locale; std::string in; bool toUtf8; std::string out; } cases[] = {
       {"C.UTF-8", "caf\xC3\xA9", true, "caf\xC3\xA9"},
       {"C.UTF-8", "\xE2\x82\xAC!", false, "\xE2\x82\xAC!"},
       {"C.UTF-8", "bad \xC3", true, error + "bad \xC3"},
@@ -186,6 +173,7 @@ TEST(atr_StringConversion, AsciiIsSharedOtherTextIsConvertedOrReported) {
       {"C", "\xC3\xA9", false, error + "\xC3\xA9"},
       {"C", "\xE9", true, error + "\xE9"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     atr_test::ScopedCtype ctype(c.locale);
     ASSERT_TRUE(ctype.ok());

@@ -43,11 +43,8 @@ TEST(atr_DictionarySearch, FollowsQfnDictDirThenKalPath) {
   // A directory named like the dictionary is not a dictionary: the search goes on.
   std::filesystem::create_directories(third.Path() + atr_test::kRelativeDictionary);
 
-  struct Row {
-    std::string kalPath;
-    const char* dictDir;
-    const char* expected;
-  } rows[] = {
+  // clang-format off
+  struct Row { std::string kalPath; const char* dictDir; const char* expected; } rows[] = {
       {first.Path() + ";" + second.Path(), nullptr, "from first"},
       {second.Path() + ";" + first.Path(), nullptr, "from second"},
       {first.Path(), second.Path().c_str(), "from second"},  // QFN_DICT_DIR comes first
@@ -56,6 +53,7 @@ TEST(atr_DictionarySearch, FollowsQfnDictDirThenKalPath) {
       {"", first.Path().c_str(), "from first"},  // KAL_PATH set, even empty: QFN_DICT_DIR counts
       {"", nullptr, "Close"},                    // an empty search list finds nothing
   };
+  // clang-format on
   for (const Row& row : rows) {
     SearchEnv env(row.kalPath, row.dictDir);
     atr_tr_enable(true);
@@ -145,11 +143,8 @@ TEST(atr_DictionaryState, LoadsOnceAndRetriesOnlyAfterRelease) {
 TEST(atr_DictionaryHostileFiles, KeepTheLibraryWorkingAndLoseNoValidEntry) {
   const std::string good = Entry("Close", "Fermer");
   const std::string longLine = "d['Long'] = r'" + std::string(9000, 'x') + "'\n";
-  struct Row {
-    const char* name;
-    std::string content;
-    bool closeTranslated;
-  } rows[] = {
+  // clang-format off
+  struct Row { const char* name; std::string content; bool closeTranslated; } rows[] = {
       {"empty file", "", false},
       {"long line before", longLine + good, true},
       {"long line after", good + longLine, true},
@@ -160,6 +155,7 @@ TEST(atr_DictionaryHostileFiles, KeepTheLibraryWorkingAndLoseNoValidEntry) {
       {"carriage returns only", "d['Close'] = r'Fermer'\r", true},
       {"binary noise", std::string("\xff\xfe\x00\x01'] = r'\n\n\n", 14) + good, true},
   };
+  // clang-format on
   for (const Row& row : rows) {
     TempDir dir;
     dir.Write(row.content);

@@ -38,11 +38,9 @@ TEST(atr_translateParse, TemplatesFromFormats) {
     many += "%" + std::to_string(i) + "$s,";
     manyExpected += "<" + std::to_string(i) + ">,";
   }
-  struct Row {
-    const char* format;
-    const char* expected;  // every conversion filled with "<n>", n its argument
-  } rows[] = {
-      // clang-format off
+  // expected: every conversion filled with "<n>", n its argument
+  // clang-format off
+  struct Row { const char* format; const char* expected; } rows[] = {
       {"", ""}, {"100%% done", "100% done"}, {"%d%%s", "<1>%s"}, {"abc %", "abc "},
       {"abc %5", "abc "}, {"abc %2$", "abc "}, {"%5k", "k"}, {"%hd", "hd"}, {"%+d", "+d"},
       {"% d", " d"}, {"%#x", "#x"}, {"%*d", "*d"}, {"%Lf", "Lf"}, {"%5%d", "%d"},
@@ -114,11 +112,8 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
   char buffer[] = "mutable";
   short s = -2;
   std::size_t size = 12;
-  struct Row {
-    std::string got;
-    std::string expected;
-  } rows[] = {
-      // clang-format off
+  // clang-format off
+  struct Row { std::string got; std::string expected; } rows[] = {
       {Msg("Value %d", 5), "Value 5"},
       {atr("Value %d", kUtf8).CStr(), "Value %s"},
       {Msg("%5s|", 5), "5|"},  // an int under "%s": "%d", no padding
@@ -180,12 +175,8 @@ TEST(atr_translateSubstitute, EveryArgumentTypeUnderEveryLetter) {
 
 TEST(atr_translateSubstitute, HugeWidthsAndPrecisionsAreBounded) {
   const size_t max = static_cast<size_t>(atr_translate::MaxField);
-  struct Row {
-    std::string got;
-    size_t length;
-    const char* suffix;
-  } rows[] = {
-      // clang-format off
+  // clang-format off
+  struct Row { std::string got; size_t length; const char* suffix; } rows[] = {
       {Msg("%5000d", 7), max, "7"},
       {Msg("%-99999999999d|", 7), max + 1, " |"},
       {Msg("%.2000d", 7), max, "07"},
@@ -247,11 +238,8 @@ TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
   testing::internal::CaptureStderr();
   atr_tr_enable(true);
   testing::internal::GetCapturedStderr();
-  struct Row {
-    std::string got;
-    const char* expected;
-  } rows[] = {
-      // clang-format off
+  // clang-format off
+  struct Row { std::string got; const char* expected; } rows[] = {
       {Msg("Exception: %s in file %s at line %d", "E", "a.cpp", 12), "Exception : E dans le fichier a.cpp à la ligne 12"},
       {Msg("Copy %s to %s", "src", "dst"), "Copier vers dst depuis src"},
       {Msg("%s has %d items", "box", 3), "3 éléments dans box"},

@@ -40,15 +40,11 @@ int Convert(int to, int from, const std::string& text, unsigned char replacement
 }
 
 TEST(atr_utf8Validate, AcceptsWellFormedTextsOnly) {
-  struct {
-    int id;
-    std::string text;
-    bool valid;
-  } const cases[] = {
-      // clang-format off
+  // clang-format off
+  struct { int id; std::string text; bool valid; } const cases[] = {
       {kUtf8, "", true}, {kUtf8, "\xF0\x9F\x98\x80", true}, {kUtf8, "\xC0\x80", true},  // overlong is not checked
       {kUtf8, std::string("a\0b", 3), true}, {kUtf8, "\xF0\x9F\x98", false}, {kUtf8, "\x80", false},
-      {kUtf8, "\xF8\x80\x80\x80\x80", false}, {kUtf8, "\xE2\x82\x41", false}, {kUtf8, "\xC3\xA9\xA9", false},
+      {kUtf8, "\xF8\x80\x80\x80\x80", false}, {kUtf8, "\xC3\x41", false}, {kUtf8, "\xE2\x82\x41", false}, {kUtf8, "\xC3\xA9\xA9", false},
       {kLatin1, "caf\xE9\x7E\xA0\xFF", true}, {kLatin1, "a\x7F", false}, {kLatin1, "\x9F", false},
       {kNone, "", false}, {kNone, "a", false},
       // clang-format on
@@ -74,11 +70,9 @@ TEST(atr_utf8Validate, AcceptsWellFormedTextsOnly) {
 }
 
 TEST(atr_utf8Coding, CodePointsLeadBytesAndBrokenSequences) {
-  struct {
-    int codePoint;
-    Bytes bytes;  // empty: cannot be encoded
-  } const points[] = {
-      // clang-format off
+  // bytes: empty: cannot be encoded
+  // clang-format off
+  struct { int codePoint; Bytes bytes; } const points[] = {
       {0x00, {0x00}}, {0x7F, {0x7F}}, {0x80, {0xC2, 0x80}}, {0x7FF, {0xDF, 0xBF}},
       {0x800, {0xE0, 0xA0, 0x80}}, {0xFFFF, {0xEF, 0xBF, 0xBF}}, {0x10000, {0xF0, 0x90, 0x80, 0x80}},
       {0x1F600, {0xF0, 0x9F, 0x98, 0x80}}, {0x1FFFFF, {0xF7, 0xBF, 0xBF, 0xBF}}, {0x200000, {}},
@@ -125,11 +119,9 @@ TEST(atr_utf8Coding, CodePointsLeadBytesAndBrokenSequences) {
 }
 
 TEST(atr_utf8Coding, PrevFindsTheStartOfTheCharacterBefore) {
-  struct {
-    std::string text;
-    int expected;  // position of the answer for the end of text, -1 for null
-  } const cases[] = {
-      // clang-format off
+  // expected: position of the answer for the end of text, -1 for null
+  // clang-format off
+  struct { std::string text; int expected; } const cases[] = {
       {"a", 0}, {"\xC3\xA9", 0}, {"x\xE2\x82\xAC", 1}, {"\xF0\x9F\x98\x80", 0},
       {"\x41\x82\xAC", -1},  // lead missing
       {"\xE2\x82", -1},      // the lead announces more
