@@ -1,35 +1,10 @@
 // atr_inspect_test.cpp: the dictionary scanner, the conversion listing and loading by name.
-#include "KLDTPXBasCoreUtils.h"
-#include "kld_TestSupport.h"
+#include "atr_TestSupport.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <gtest/gtest.h>
 #include <map>
-#include <string>
-#include <unistd.h>
-#include <vector>
 
 namespace {
-
-/// A file holding bytes, removed at the end of the scope.
-class TempFile {
- public:
-  explicit TempFile(const std::string& bytes) {
-    const char* dir = std::getenv("TMPDIR");
-    m_path = std::string(dir != nullptr && *dir != '\0' ? dir : "/tmp") + "/atr_inspectXXXXXX";
-    int fd = mkstemp(m_path.data());
-    if (fd >= 0) {
-      if (write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) m_path = "";
-      close(fd);
-    }
-  }
-  ~TempFile() { unlink(m_path.c_str()); }
-  const std::string& Path() const { return m_path; }
-
- private:
-  std::string m_path;
-};
 
 struct Scanned {
   int number;
@@ -38,8 +13,8 @@ struct Scanned {
 };
 
 std::vector<Scanned> Scan(const std::string& bytes) {
-  TempFile file(bytes);
-  std::FILE* in = std::fopen(file.Path().c_str(), "rb");
+  atr_test::TempDir dir;
+  std::FILE* in = std::fopen(dir.Write(bytes).c_str(), "rb");
   std::vector<Scanned> lines;
   if (in == nullptr) return lines;
   atr_DictScanner scanner(in);
@@ -104,10 +79,11 @@ TEST(atr_DictScanner, LoaderStoresExactlyTheScannedEntriesLastDefinitionFirst) {
       last[line.key] = line.text;
       ++entries;
     }
-  TempFile file(bytes);
+  atr_test::TempDir dir;
+  const std::string file = dir.Write(bytes);
   atr_trReleaseDB();
   testing::internal::CaptureStderr();
-  EXPECT_EQ(entries, atr_trLoadFile(file.Path().c_str()));
+  EXPECT_EQ(entries, atr_trLoadFile(file.c_str()));
   EXPECT_EQ("WARNING: atr: Invalid UTF-8 string.\n\"Bad\"\n\n",
             testing::internal::GetCapturedStderr());
   for (const auto& [key, text] : last) {
@@ -118,72 +94,45 @@ TEST(atr_DictScanner, LoaderStoresExactlyTheScannedEntriesLastDefinitionFirst) {
   EXPECT_EQ(nullptr, atr_trLookup("Cut"));
   EXPECT_EQ(std::string("Ouvrir encore"), atr("Open", TPXBasStringMode(false)).CStr());
 
-  // A second load is a no-op until the release; a missing file loads nothing and is
-  // remembered like a failed search.
-  EXPECT_EQ(entries, atr_trLoadFile("/nonexistent/dictionary.py"));
+  EXPECT_EQ(entries, atr_trLoadFile("/nonexistent"));  // a second load is a no-op
   atr_trReleaseDB();
-  EXPECT_EQ(0, atr_trLoadFile("/nonexistent/dictionary.py"));
-  EXPECT_EQ(0, atr_trLoadFile(file.Path().c_str()));
-  EXPECT_EQ(nullptr, atr_trLookup("Open"));
+  EXPECT_EQ(0, atr_trLoadFile("/nonexistent"));  // remembered like a failed search
+  EXPECT_EQ(0, atr_trLoadFile(file.c_str()));
   atr_trReleaseDB();
 }
 
-struct Expected {
-  int argument;
-  int number;
-  bool numbered;
-  char letter;
-  const char* format;
-};
-
 TEST(atr_FormatConversions, ReportsWhatTheFormatterParses) {
-  struct Case {
+  const auto kTr = atr_FormatConversions::AsTranslation, kFormat = atr_FormatConversions::AsFormat;
+  // Each conversion as "argument<number[$] letter format;" ('$': numbered in the text).
+  const struct {
     const char* text;
     atr_FormatConversions::SourceMode source;
     bool ok;
-    std::vector<Expected> conversions;
+    const char* conversions;
   } cases[] = {
-      {"Exception: %s in file %s at line %d",
-       atr_FormatConversions::AsTranslation,
-       true,
-       {{1, 1, false, 's', "%s"}, {2, 2, false, 's', "%s"}, {3, 3, false, 'd', "%d"}}},
-      {"%2$s %s %s",
-       atr_FormatConversions::AsTranslation,
-       true,
-       {{2, 2, true, 's', "%s"}, {1, 1, false, 's', "%s"}, {3, 3, false, 's', "%s"}}},
-      // The n-th lowest number receives argument n.
-      {"%1$s %3$s",
-       atr_FormatConversions::AsTranslation,
-       true,
-       {{1, 1, true, 's', "%s"}, {2, 3, true, 's', "%s"}}},
-      {"%-5.2lf|%lld|%5k|%hd|100%%|%+d|%",
-       atr_FormatConversions::AsTranslation,
-       true,
-       {{1, 1, false, 'f', "%-5.2f"}, {2, 2, false, 'd', "%ld"}}},
-      {"bad %$s here", atr_FormatConversions::AsTranslation, false, {}},
-      {"no conversions %%", atr_FormatConversions::AsTranslation, true, {}},
-      {"Open %d\\@menu %s",
-       atr_FormatConversions::AsTranslation,
-       true,
-       {{1, 1, false, 'd', "%d"}, {2, 2, false, 's', "%s"}}},
-      {"Open %d\\@menu %s", atr_FormatConversions::AsFormat, true, {{1, 1, false, 'd', "%d"}}},
-      {"Open %d\\@ %$", atr_FormatConversions::AsFormat, true, {{1, 1, false, 'd', "%d"}}},
-      {nullptr, atr_FormatConversions::AsFormat, true, {}},
+      // clang-format off
+      {"Exception: %s in file %s at line %d", kTr, true, "1<1 s %s;2<2 s %s;3<3 d %d;"},
+      {"%2$s %s %s", kTr, true, "2<2$ s %s;1<1 s %s;3<3 s %s;"},
+      {"%1$s %3$s", kTr, true, "1<1$ s %s;2<3$ s %s;"},  // the n-th lowest number takes argument n
+      {"%-5.2lf|%lld|%5k|%hd|100%%|%+d|%", kTr, true, "1<1 f %-5.2f;2<2 d %ld;"},
+      {"bad %$s here", kTr, false, ""},
+      {"Open %d\\@menu %s", kTr, true, "1<1 d %d;2<2 s %s;"},
+      {"Open %d\\@menu %s", kFormat, true, "1<1 d %d;"}, {"Open %d\\@ %$", kFormat, true, "1<1 d %d;"},
+      {nullptr, kFormat, true, ""},
+      // clang-format on
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.text != nullptr ? c.text : "(null)");
     atr_FormatConversions list(c.text, c.source);
     EXPECT_EQ(c.ok, list.Ok());
-    ASSERT_EQ(static_cast<int>(c.conversions.size()), list.Count());
+    std::string got;
     for (int i = 0; i < list.Count(); ++i) {
-      const Expected& e = c.conversions[static_cast<size_t>(i)];
-      EXPECT_EQ(e.argument, list[i].m_argument) << i;
-      EXPECT_EQ(e.number, list[i].m_number) << i;
-      EXPECT_EQ(e.numbered, list[i].m_numbered) << i;
-      EXPECT_EQ(e.letter, list[i].m_letter) << i;
-      EXPECT_STREQ(e.format, list[i].m_format) << i;
-      EXPECT_EQ(&list[i], list.ForArgument(e.argument)) << i;
+      const auto& v = list[i];
+      got += std::to_string(v.m_argument) + "<" + std::to_string(v.m_number) +
+             (v.m_numbered ? "$ " : " ") + v.m_letter + " " + v.m_format + ";";
+      EXPECT_EQ(&v, list.ForArgument(v.m_argument)) << i;
     }
+    EXPECT_EQ(c.conversions, got);
     EXPECT_EQ(nullptr, list.ForArgument(0));
     EXPECT_EQ(nullptr, list.ForArgument(list.Count() + 1));
   }

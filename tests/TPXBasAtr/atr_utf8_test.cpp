@@ -1,12 +1,7 @@
 // Encoding table, UTF-8 stepping and coding, validation and conversion between encodings.
-#include "KLDTPXBasCoreUtils.h"
-#include "atr_StringTestSupport.h"
-#include "gtest/gtest.h"
+#include "atr_TestSupport.h"
 
-#include <clocale>
 #include <cstring>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -45,19 +40,13 @@ int Convert(int to, int from, const std::string& text, unsigned char replacement
 }
 
 TEST(atr_utf8Validate, AcceptsWellFormedTextsOnly) {
-  struct {
-    int id;
-    std::string text;
-    bool valid;
-  } const cases[] = {
-      // clang-format off
-      {kUtf8, "", true}, {kUtf8, "abc", true}, {kUtf8, "\xC3\xA9", true},
-      {kUtf8, "\xF0\x9F\x98\x80", true}, {kUtf8, "\xC0\x80", true},  // overlong is not checked
-      {kUtf8, std::string("a\0b", 3), true}, {kUtf8, "\xC3", false}, {kUtf8, "\xF0\x9F\x98", false},
-      {kUtf8, "\x80", false}, {kUtf8, "\xF8\x80\x80\x80\x80", false}, {kUtf8, "\xFF", false},
-      {kUtf8, "\xC3\x41", false}, {kUtf8, "\xE2\x82\x41", false}, {kUtf8, "\xC3\xA9\xA9", false},
-      {kLatin1, "", true}, {kLatin1, "caf\xE9\x7E\xA0\xFF", true}, {kLatin1, "a\x7F", false},
-      {kLatin1, "a\x85", false}, {kLatin1, "\x9F", false}, {kNone, "", false}, {kNone, "a", false},
+  // clang-format off
+  struct { int id; std::string text; bool valid; } const cases[] = {
+      {kUtf8, "", true}, {kUtf8, "\xF0\x9F\x98\x80", true}, {kUtf8, "\xC0\x80", true},  // overlong is not checked
+      {kUtf8, std::string("a\0b", 3), true}, {kUtf8, "\xF0\x9F\x98", false}, {kUtf8, "\x80", false},
+      {kUtf8, "\xF8\x80\x80\x80\x80", false}, {kUtf8, "\xC3\x41", false}, {kUtf8, "\xE2\x82\x41", false}, {kUtf8, "\xC3\xA9\xA9", false},
+      {kLatin1, "caf\xE9\x7E\xA0\xFF", true}, {kLatin1, "a\x7F", false}, {kLatin1, "\x9F", false},
+      {kNone, "", false}, {kNone, "a", false},
       // clang-format on
   };
   for (const auto& c : cases) {
@@ -81,11 +70,9 @@ TEST(atr_utf8Validate, AcceptsWellFormedTextsOnly) {
 }
 
 TEST(atr_utf8Coding, CodePointsLeadBytesAndBrokenSequences) {
-  struct {
-    int codePoint;
-    Bytes bytes;  // empty: cannot be encoded
-  } const points[] = {
-      // clang-format off
+  // bytes: empty: cannot be encoded
+  // clang-format off
+  struct { int codePoint; Bytes bytes; } const points[] = {
       {0x00, {0x00}}, {0x7F, {0x7F}}, {0x80, {0xC2, 0x80}}, {0x7FF, {0xDF, 0xBF}},
       {0x800, {0xE0, 0xA0, 0x80}}, {0xFFFF, {0xEF, 0xBF, 0xBF}}, {0x10000, {0xF0, 0x90, 0x80, 0x80}},
       {0x1F600, {0xF0, 0x9F, 0x98, 0x80}}, {0x1FFFFF, {0xF7, 0xBF, 0xBF, 0xBF}}, {0x200000, {}},
@@ -132,11 +119,9 @@ TEST(atr_utf8Coding, CodePointsLeadBytesAndBrokenSequences) {
 }
 
 TEST(atr_utf8Coding, PrevFindsTheStartOfTheCharacterBefore) {
-  struct {
-    std::string text;
-    int expected;  // position of the answer for the end of text, -1 for null
-  } const cases[] = {
-      // clang-format off
+  // expected: position of the answer for the end of text, -1 for null
+  // clang-format off
+  struct { std::string text; int expected; } const cases[] = {
       {"a", 0}, {"\xC3\xA9", 0}, {"x\xE2\x82\xAC", 1}, {"\xF0\x9F\x98\x80", 0},
       {"\x41\x82\xAC", -1},  // lead missing
       {"\xE2\x82", -1},      // the lead announces more
@@ -165,22 +150,19 @@ TEST(atr_utf8Convert, ResultCodesMeasureAndOutput) {
     int expected;  // byte count, or -1 invalid input, -2 unrepresentable
     std::string out;
   } const cases[] = {
+      // clang-format off
       {kUtf8, kLatin1, "caf\xE9 \xFF!", 0, 9, "caf\xC3\xA9 \xC3\xBF!"},
-      {kUtf8, kLatin1, "\x85", 0, 2, "\xC2\x85"},  // reading Latin-1 takes any byte
-      {kUtf8, kLatin1, std::string("a\0b", 3), 0, 3, std::string("a\0b", 3)},
+      {kUtf8, kLatin1, std::string("\x85\0", 2), 0, 3, std::string("\xC2\x85\0", 3)},  // any byte
       {kLatin1, kLatin1, "\xE9\x85", 0, 2, "\xE9\x85"},
-      {kLatin1, kUtf8, "\xE2\x82\xAC", 0, -2, ""},
+      {kLatin1, kUtf8, "\xE2\x82\xAC", 0, -2, ""}, {kLatin1, kUtf8, "\xC4\x80", 0, -2, ""},
       {kLatin1, kUtf8, "a\xE2\x82\xAC\xF0\x9F\x98\x80z", '?', 4, "a??z"},
       {kLatin1, kUtf8, "\xC3\xBF", 0, 1, "\xFF"},
-      {kLatin1, kUtf8, "\xC4\x80", 0, -2, ""},
       {kUtf8, kUtf8, "\xC1\x81\xF0\x9F\x98\x80", 0, 5, "A\xF0\x9F\x98\x80"},  // canonical form
       {kUtf8, kUtf8, "ab\x80", 0, -1, ""},
-      {kLatin1, kUtf8, "\xF8", '?', -1, ""},  // no replacement for bad input
-      {kLatin1, kUtf8, "\xC3\x41", '?', -1, ""},
+      {kLatin1, kUtf8, "\xC3\x41", '?', -1, ""},  // no replacement for bad input
       {kLatin1, kUtf8, "ab\xE2\x82", '?', -1, ""},  // cut short by the end
-      {kUtf8, kNone, "a", 0, -1, ""},
-      {kNone, kUtf8, "ab", '#', 2, "##"},
-      {kLatin1, kUtf8, "", 0, 0, ""},
+      {kUtf8, kNone, "a", 0, -1, ""}, {kNone, kUtf8, "ab", '#', 2, "##"}, {kLatin1, kUtf8, "", 0, 0, ""},
+      // clang-format on
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.from) + " to " + std::to_string(c.to) + ": " + Hex(c.in));
@@ -203,9 +185,6 @@ TEST(atr_utf8Convert, ZeroTerminatedAndSizedForms) {
   char out[16];
   std::memset(out, 0x55, sizeof out);
   EXPECT_EQ(2, atr_utf8_from_encoding(static_cast<char*>(nullptr), kLatin1, "\xE9"));
-  EXPECT_EQ(2, atr_utf8_from_encoding(out, kLatin1, "\xE9"));
-  EXPECT_STREQ("\xC3\xA9", out);
-  std::memset(out, 0x55, sizeof out);
   EXPECT_EQ(3, atr_utf8_from_encoding_sized(out, kLatin1, "a\xE9zz", 2, false));
   EXPECT_EQ(0x55, static_cast<unsigned char>(out[3])) << "terminated though not asked";
   EXPECT_EQ(-2, atr_utf8_to_encoding(kLatin1, out, "a\xE2\x82\xAC", '\0'));
@@ -229,15 +208,13 @@ TEST(atr_utf8Locale, RoundTripsUnderUtf8AndCLocales) {
     const char* locale;
     std::string utf8;
     int toLocale;  // result of UTF-8 to locale without replacement
-  } const cases[] = {{"C.UTF-8", "caf\xC3\xA9 \xE2\x82\xAC", 9},
-                     {"C.UTF-8", "\xF0\x9F\x98\x80", 4},
+  } const cases[] = {{"C.UTF-8", "caf\xC3\xA9 \xF0\x9F\x98\x80", 10},
                      {"C", "plain 123", 9},
-                     {"C", "caf\xC3\xA9", -2},
-                     {"C", "", 0}};
+                     {"C", "caf\xC3\xA9", -2}};
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.locale) + ": " + Hex(c.utf8));
     ScopedCtype ctype(c.locale);
-    if (!ctype.ok()) GTEST_SKIP() << c.locale << " not installed";
+    ASSERT_TRUE(ctype.ok());
     std::string local, back;
     ASSERT_EQ(c.toLocale, Convert(kLocale, kUtf8, c.utf8, 0, &local));
     if (c.toLocale < 0) continue;
@@ -252,7 +229,6 @@ TEST(atr_utf8Locale, RoundTripsUnderUtf8AndCLocales) {
   EXPECT_EQ(-1, Convert(kUtf8, kLocale, "caf\xE9", 0));
   EXPECT_EQ(-1, atr_locale_from_ucs4(static_cast<char*>(nullptr), 0xE9));
   ScopedCtype u("C.UTF-8");
-  if (!u.ok()) return;
   int length = -5;
   EXPECT_EQ(-1, atr_locale_to_ucs4("", &length));  // the zero byte is no character
   EXPECT_EQ(0, length);
