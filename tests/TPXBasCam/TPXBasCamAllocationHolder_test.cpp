@@ -4,36 +4,30 @@
 namespace {
 
 using Holder = TPXBasAtiGlobalSingleton<TPXBasCamAllocationHolder>;
+const char kMismatch[] = "allocation size doesn't match the free size\n";
 
 TEST(TPXBasCamAllocationHolderTest, GrowsInStepsOfAHundredWarnsOnOtherSizesAndSummarises) {
   Holder::Finalize();
   TPXBasCamAllocationHolder& h = Holder::Instance();
-  struct {
-    unsigned int id, capacity;
-  } growth[] = {{0, 100}, {100, 200}, {450, 500}};  // far ids grow the table until they fit
-  for (const auto& row : growth) {
-    h.Alloc(row.id, 1048576);
-    EXPECT_EQ(row.capacity, h.Capacity()) << row.id;
+  for (unsigned int id : {0u, 100u, 450u}) {  // far ids grow the table until they fit
+    h.Alloc(id, 1048576);
+    EXPECT_EQ(id / 100 * 100 + 100, h.Capacity()) << id;
   }
   EXPECT_EQ(TPXBasCamAllocationHolder::kFree, h.SizeOf(101));
-  struct {
-    unsigned int freeSize;
+  struct Case {
+    unsigned int id, allocSize, freeSize;
     const char* warning;
-  } frees[] = {{64, ""}, {32, "allocation size doesn't match the free size\n"}};
-  for (const auto& row : frees) {
-    h.Alloc(5, 64);
+  } frees[] = {
+      {5, 64, 64, ""}, {5, 64, 32, kMismatch}, {7000, 0, 1, kMismatch}};  // 0: never recorded
+  for (const Case& c : frees) {
+    if (c.allocSize != 0) h.Alloc(c.id, c.allocSize);
     testing::internal::CaptureStderr();
-    h.Free(5, row.freeSize);
-    EXPECT_EQ(row.warning, testing::internal::GetCapturedStderr());
-    EXPECT_EQ(TPXBasCamAllocationHolder::kFree, h.SizeOf(5)) << "forgotten either way";
+    h.Free(c.id, c.freeSize);
+    EXPECT_EQ(c.warning, testing::internal::GetCapturedStderr());
+    EXPECT_EQ(TPXBasCamAllocationHolder::kFree, h.SizeOf(c.id)) << "forgotten either way";
   }
-  testing::internal::CaptureStderr();
-  h.Free(7000, 1);  // never recorded
-  EXPECT_EQ("allocation size doesn't match the free size\n",
-            testing::internal::GetCapturedStderr());
   h.Free(450, 1048576);
   cam_test::MemoryFile out;
-  h.Summary();  // no stream: nothing
   h.SetSummaryFile(out.get());
   h.Summary();
   EXPECT_EQ("0 -- 1048576\n100 -- 1048576\ntotal 2.000000\n", out.text());

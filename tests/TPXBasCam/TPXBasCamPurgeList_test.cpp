@@ -11,9 +11,9 @@ TEST_F(TPXBasCamPurgeListTest, PoliciesDecideThePurgeOrderAndRemovalTakesItemsOu
   TPXBasCamCacheManager& cm = Make();
   int list = cm.AddPurgeList(1);
   Log log;
-  LoggingItem p(&log, "P", 1, 1), q(&log, "Q", 1, 1), r(&log, "R", 1, 1), s(&log, "S", 1, 1);
-  LoggingItem g1(&log, "G1", 1, 1), g2(&log, "G2", 1, 1), none(&log, "N", 1, 1);
-  LoggingItem gone(&log, "X", 1, 1), last(&log, "L", 1, 1);
+  LoggingItem p(&log, "P", 1, 1), q(&log, "Q", 1, 1), r(&log, "R", 1, 1), s(&log, "S", 1, 1),
+      g1(&log, "G1", 1, 1), g2(&log, "G2", 1, 1), none(&log, "N", 1, 1), gone(&log, "X", 1, 1),
+      last(&log, "L", 1, 1);
   for (LoggingItem* item : {&p, &gone, &q, &r, &last})
     cm.AddItem(list, TPXBasCamCacheAppend, item, item);
   cm.AddItem(list, TPXBasCamCachePrepend, &s, &s);
@@ -36,17 +36,14 @@ TEST_F(TPXBasCamPurgeListTest, PurgeTakesItemsUntilEnoughIsFreedInTheListOrder) 
   TPXBasCamCacheManager& cm = Make();
   EXPECT_EQ(0, cm.AddPurgeList(2));
   Log log;
-  LoggingItem e1(&log, "e1", 0, 0), e2(&log, "e2", 0, 0), a0(&log, "a0", 0, 10);
-  LoggingItem b0(&log, "b0", 0, 10), a1(&log, "a1", 0, 10), b1(&log, "b1", 0, 10);
-  LoggingItem c1(&log, "c1", 0, 10);
+  LoggingItem e1(&log, "e1", 0, 0), e2(&log, "e2", 0, 0), a0(&log, "a0", 0, 10),
+      b0(&log, "b0", 0, 10), a1(&log, "a1", 0, 10), b1(&log, "b1", 0, 10), c1(&log, "c1", 0, 10);
   for (LoggingItem* item : {&e1, &e2, &a0, &b0}) cm.AddItem(0, TPXBasCamCacheAppend, item, item);
   for (LoggingItem* item : {&a1, &b1, &c1}) cm.AddItem(1, TPXBasCamCacheAppend, item, item);
   EXPECT_EQ(10u, cm.Purge(-1, 1)) << "items freeing nothing are taken on the way";
   EXPECT_EQ((Log{"e1", "e2", "a0"}), log);
   EXPECT_EQ(10u, cm.Purge(1, 5)) << "list 1 only";
-  int* order = cm.PurgeOrder();
-  order[0] = 1;
-  order[1] = 0;
+  cm.PurgeOrder()[0] = 1, cm.PurgeOrder()[1] = 0;
   EXPECT_EQ(30u, cm.Purge(0, 25)) << "list 0 means every list, in the order array's order";
   EXPECT_EQ((Log{"e1", "e2", "a0", "a1", "b1", "c1", "b0"}), log);
   EXPECT_EQ(0u, cm.Purge(-1, 100));
@@ -64,8 +61,7 @@ TEST_F(TPXBasCamPurgeListTest, ListCountersFollowEntriesPurgesAndRemovals) {
   cm.AddItem(1, TPXBasCamCacheAppend, &early, &early);  // before the stream: not counted
   cm.SetDbFile(stats.get());
   LoggingItem a(&log, "a", 10, 7), b(&log, "b", 20, 8), c(&log, "c", 30, 9);
-  TPXBasCamMemoryItem::Link(&a, &b);
-  TPXBasCamMemoryItem::Link(&b, &c);
+  TPXBasCamMemoryItem::Link(&a, &b), TPXBasCamMemoryItem::Link(&b, &c);
   cm.AddItem(0, TPXBasCamCacheAppend, &a, &c);
   auto counter = [&](int list) { return cam_test::Summary(cm).listCurrent[list]; };
   EXPECT_EQ(60u, counter(0));

@@ -4,6 +4,8 @@
 
 #include <cstring>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -11,44 +13,37 @@ namespace {
 using TPXBasCamSimpleTBAllocatorTest = cam_test::FreshManager;
 
 /// Records what the small-block allocator asks of its large-block allocator.
-class RecordingAllocator : public TPXBasMemAllocator {
- public:
-  RecordingAllocator(std::vector<unsigned int>* sizes, std::vector<void*>* freed)
-      : m_sizes(sizes), m_freed(freed) {}
+struct Record {
+  std::vector<unsigned int> sizes;
+  std::vector<void*> freed;
+};
+struct RecordingAllocator : TPXBasMemAllocator {
+  explicit RecordingAllocator(Record* r) : rec(r) {}
   void* Alloc(unsigned int size) override {
-    m_sizes->push_back(size);
-    return TPXBasMemAllocator::Alloc(size);
+    return rec->sizes.push_back(size), TPXBasMemAllocator::Alloc(size);
   }
-  void Free(void* block) override {
-    m_freed->push_back(block);
-    TPXBasMemAllocator::Free(block);
-  }
-
- private:
-  std::vector<unsigned int>* m_sizes;
-  std::vector<void*>* m_freed;
+  void Free(void* block) override { rec->freed.push_back(block), TPXBasMemAllocator::Free(block); }
+  Record* rec;
 };
 
 char* Bytes(void* p) { return static_cast<char*>(p); }
 
 TEST(TPXBasCamSimpleTBAllocator, VariableModeCutsFromTheChunkEndAndMerges) {
-  std::vector<unsigned int> sizes;
-  std::vector<void*> freed;
+  Record rec;
   {
-    TPXBasCamSimpleTBAllocator tb(TPXBasAllocator(new RecordingAllocator(&sizes, &freed)), false, 0,
-                                  200);
+    TPXBasCamSimpleTBAllocator tb(TPXBasAllocator(new RecordingAllocator(&rec)), false, 0, 200);
     unsigned int allocated = 0;
     void* a = tb.Alloc(10, allocated);
     EXPECT_EQ(10u, allocated) << "the request, not the rounded size";
-    EXPECT_EQ((std::vector<unsigned int>{200 * 16 + 16}), sizes);
+    EXPECT_EQ((std::vector<unsigned int>{200 * 16 + 16}), rec.sizes);
     void* b = tb.Alloc(10);
     EXPECT_EQ(Bytes(a) - 32, Bytes(b)) << "two units each, cut from the end";
     void* c = tb.Alloc(17);  // three units
     EXPECT_EQ(Bytes(b) - 48, Bytes(c));
     void* big = tb.Alloc(4080);  // 4080 + 16 reaches 4096: a large block
-    EXPECT_EQ(4096u, sizes.back());
+    EXPECT_EQ(4096u, rec.sizes.back());
     tb.Free(big);
-    EXPECT_EQ((std::vector<void*>{Bytes(big) - 16}), freed);
+    EXPECT_EQ((std::vector<void*>{Bytes(big) - 16}), rec.freed);
     // Freed in orders that merge with the successor, the predecessor and both, the blocks
     // and the rest of the chunk serve a request of the whole chunk again.
     for (auto order : {std::vector<void*>{b, a, c}, std::vector<void*>{a, c, b}}) {
@@ -60,41 +55,34 @@ TEST(TPXBasCamSimpleTBAllocator, VariableModeCutsFromTheChunkEndAndMerges) {
       b = tb.Alloc(10);
       c = tb.Alloc(17);
     }
-    EXPECT_EQ(2u, sizes.size()) << "no new chunk so far";
+    EXPECT_EQ(2u, rec.sizes.size()) << "no new chunk so far";
     tb.Free(tb.Alloc(3100));  // 195 units: more than the 193 left
-    EXPECT_EQ(3u, sizes.size());
+    EXPECT_EQ(3u, rec.sizes.size());
     for (void* p : {a, b, c, static_cast<void*>(nullptr)}) tb.Free(p);
   }
-  EXPECT_EQ(sizes.size(), freed.size()) << "the chunks go back at destruction";
+  EXPECT_EQ(rec.sizes.size(), rec.freed.size()) << "the chunks go back at destruction";
 }
 
 TEST(TPXBasCamSimpleTBAllocator, FixedModeKeepsBlocksWhole) {
-  struct {
-    unsigned int chunkUnits, expected;
-  } rows[] = {{100, 96}, {3, 6}, {102, 102}};  // multiples of the 6 block units
-  for (const auto& row : rows) {
-    TPXBasCamSimpleTBAllocator tb(TPXBasAllocator(new TPXBasMemAllocator), true, 80,
-                                  row.chunkUnits);
-    EXPECT_EQ(6u, tb.BlockUnits()) << "(80 + 15) / 16 + 1";
-    EXPECT_EQ(row.expected, tb.ChunkUnits());
+  // Chunk units are rounded to multiples of the block units, (80 + 15) / 16 + 1 = 6.
+  for (auto [chunkUnits, expected] : {std::pair{100u, 96u}, {3u, 6u}, {102u, 102u}}) {
+    TPXBasCamSimpleTBAllocator tb(TPXBasAllocator(new TPXBasMemAllocator), true, 80, chunkUnits);
+    EXPECT_EQ(6u, tb.BlockUnits());
+    EXPECT_EQ(expected, tb.ChunkUnits()) << chunkUnits;
   }
-  std::vector<unsigned int> sizes;
-  std::vector<void*> freed;
-  TPXBasCamSimpleTBAllocator tb(TPXBasAllocator(new RecordingAllocator(&sizes, &freed)), true, 40,
-                                100);
-  void* a = tb.Alloc(1);
-  void* b = tb.Alloc(40);
+  Record rec;
+  TPXBasCamSimpleTBAllocator tb(TPXBasAllocator(new RecordingAllocator(&rec)), true, 40, 100);
+  void *a = tb.Alloc(1), *b = tb.Alloc(40);
   EXPECT_EQ(Bytes(a) - 64, Bytes(b)) << "every block has the block size";
-  tb.Free(a);
-  tb.Free(b);
+  tb.Free(a), tb.Free(b);
   // Without merging the two freed blocks stay separate and come back one for one, in
   // address order from the free pointer.
   EXPECT_EQ(b, tb.Alloc(8));
   EXPECT_EQ(a, tb.Alloc(8));
   for (int i = 0; i < 23; ++i) tb.Alloc(40);  // 25 blocks fill one chunk
-  EXPECT_EQ(1u, sizes.size());
+  EXPECT_EQ(1u, rec.sizes.size());
   tb.Alloc(40);
-  EXPECT_EQ(2u, sizes.size());
+  EXPECT_EQ(2u, rec.sizes.size());
 }
 
 // Random allocations and frees with content checks: no block overlaps another and the
@@ -109,29 +97,22 @@ TEST(TPXBasCamSimpleTBAllocator, RandomUseKeepsBlocksApart) {
         new TPXBasCamSimpleTBAllocator(static_cast<TPXBasCamPool*>(nullptr), fixed, 200, 64);
     TPXBasCamSimpleTBAllocator& tb = mode < 2 ? onStack : *onHeap;
     std::mt19937 rng(static_cast<unsigned int>(mode));
-    struct Live {
-      unsigned char* p;
-      unsigned int size;
-      unsigned char fill;
-    };
-    std::vector<Live> live;
+    std::vector<std::pair<char*, std::string>> live;  // each block and its expected content
     for (int step = 0; step < 4000; ++step) {
       if (live.empty() || rng() % 3 != 0) {
         unsigned int size = fixed ? 1 + rng() % 200 : 1 + rng() % (rng() % 8 == 0 ? 6000 : 300);
-        auto* p = static_cast<unsigned char*>(tb.Alloc(size));
-        ASSERT_NE(nullptr, p);
-        std::memset(p, static_cast<unsigned char>(step), size);
-        live.push_back({p, size, static_cast<unsigned char>(step)});
+        live.emplace_back(static_cast<char*>(tb.Alloc(size)), std::string(size, char(step)));
+        ASSERT_NE(nullptr, live.back().first);
+        std::memcpy(live.back().first, live.back().second.data(), size);
       } else {
-        size_t i = rng() % live.size();
-        for (unsigned int k = 0; k < live[i].size; ++k)
-          ASSERT_EQ(live[i].fill, live[i].p[k]) << "block overwritten at step " << step;
-        tb.Free(live[i].p);
-        live[i] = live.back();
+        std::swap(live[rng() % live.size()], live.back());
+        ASSERT_EQ(live.back().second, std::string(live.back().first, live.back().second.size()))
+            << "block overwritten at step " << step;
+        tb.Free(live.back().first);
         live.pop_back();
       }
     }
-    for (const Live& l : live) tb.Free(l.p);
+    for (const auto& l : live) tb.Free(l.first);
     delete onHeap;
   }
 }

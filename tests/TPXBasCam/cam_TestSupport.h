@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace cam_test {
@@ -27,9 +28,8 @@ class FreshManager : public ::testing::Test {
   }
   static TPXBasCamCacheManager& Make(const char* bins = nullptr, const char* alignment = nullptr,
                                      const char* tolerance = nullptr) {
-    kld_test::ScopedEnv b("KAL_CAM_NUMBER_OF_BINS", bins);
-    kld_test::ScopedEnv a("KAL_CAM_MEMORY_ALIGNMENT", alignment);
-    kld_test::ScopedEnv t("KAL_CAM_TRACKINGTOL", tolerance);
+    kld_test::ScopedEnv b("KAL_CAM_NUMBER_OF_BINS", bins), a("KAL_CAM_MEMORY_ALIGNMENT", alignment),
+        t("KAL_CAM_TRACKINGTOL", tolerance);
     return Manager::Instance();
   }
   static TPXBasCamPool* OnePool(TPXBasCamCacheManager& cm) {
@@ -38,70 +38,45 @@ class FreshManager : public ::testing::Test {
   }
 };
 
-/// An item that logs its purge and reports chosen sizes.
-class LoggingItem : public TPXBasCamMemoryItem {
- public:
-  LoggingItem(Log* log, std::string name, unsigned int bulk, unsigned int freed)
-      : m_log(log), m_name(std::move(name)), m_bulk(bulk), m_freed(freed) {}
-  unsigned int BulkSize() const override { return m_bulk; }
-  unsigned int FreeBulkData() override {
-    m_log->push_back(m_name);
-    return m_freed;
-  }
-
- private:
-  Log* m_log;
-  std::string m_name;
-  unsigned int m_bulk, m_freed;
+/// An item that logs its name when purged and reports chosen sizes.
+struct LoggingItem : TPXBasCamMemoryItem {
+  LoggingItem(Log* l, const char* n, unsigned int b, unsigned int f)
+      : log(l), name(n), bulk(b), freed(f) {}
+  unsigned int BulkSize() const override { return bulk; }
+  unsigned int FreeBulkData() override { return log->push_back(name), freed; }
+  Log* log;
+  const char* name;
+  unsigned int bulk, freed;
 };
 
 /// An item whose bulk data is a block of a pool; purging gives it back to the pool.
-class PoolItem : public TPXBasCamMemoryItem {
- public:
-  PoolItem(TPXBasCamPool* pool, unsigned int size) : m_pool(pool), m_data(pool->Alloc(size)) {}
-  ~PoolItem() override { m_pool->Free(m_data); }
-  unsigned int BulkSize() const override { return m_pool->AllocSize(m_data); }
+struct PoolItem : TPXBasCamMemoryItem {
+  PoolItem(TPXBasCamPool* p, unsigned int size) : pool(p), data(p->Alloc(size)) {}
+  ~PoolItem() override { pool->Free(data); }
+  unsigned int BulkSize() const override { return pool->AllocSize(data); }
   unsigned int FreeBulkData() override {
-    unsigned int freed = m_pool->Free(m_data);
-    m_data = nullptr;
-    ++purges;
-    return freed;
+    return ++purges, pool->Free(std::exchange(data, nullptr));
   }
+  TPXBasCamPool* pool;
+  void* data;
   int purges = 0;
-
- private:
-  TPXBasCamPool* m_pool;
-  void* m_data;
 };
 
 /// Counts OutOfMemory calls instead of printing.
-class CountingHandler : public TPXBasCamMemoryErrorHandler {
- public:
-  explicit CountingHandler(int* calls) : m_calls(calls) {}
-  void OutOfMemory() override { ++*m_calls; }
-
- private:
-  int* m_calls;
+struct CountingHandler : TPXBasCamMemoryErrorHandler {
+  explicit CountingHandler(int* c) : calls(c) {}
+  void OutOfMemory() override { ++*calls; }
+  int* calls;
 };
 
 /// A memory stream for statistics output.
-class MemoryFile {
- public:
-  MemoryFile() : m_file(open_memstream(&m_buffer, &m_size)) {}
-  ~MemoryFile() {
-    std::fclose(m_file);
-    std::free(m_buffer);
-  }
-  FILE* get() const { return m_file; }
-  std::string text() {
-    std::fflush(m_file);
-    return std::string(m_buffer, m_size);
-  }
-
- private:
-  char* m_buffer = nullptr;
-  std::size_t m_size = 0;
-  FILE* m_file;
+struct MemoryFile {
+  char* buffer = nullptr;
+  std::size_t size = 0;
+  FILE* file = open_memstream(&buffer, &size);
+  ~MemoryFile() { std::fclose(file), std::free(buffer); }
+  FILE* get() const { return file; }
+  std::string text() { return std::fflush(file), std::string(buffer, size); }
 };
 
 /// The fourteen outputs of MemorySummary.

@@ -1,8 +1,6 @@
-// Cache manager under load: several threads allocate and free through pools under a small,
-// changing limit while their cached items are purged by a purge thread. The threading model
-// is switched to real threads once for this whole binary.
-//
-// KLD_CAM_STRESS_ITERATIONS raises the operations per thread (default 2500) for a soak run.
+// Cache manager under load: threads allocate and free through pools under a small, changing
+// limit while a purge thread purges their cached items. KLD_CAM_STRESS_ITERATIONS raises the
+// operations per thread (default 2500) for a soak run.
 #include "KLDTPXBasCoreUtils.h"
 #include "gtest/gtest.h"
 
@@ -12,64 +10,54 @@
 #include <cstdlib>
 #include <random>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using Manager = TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>;
 
-std::atomic<long> g_purged{0}, g_corrupt{0}, g_made{0}, g_reclaimed{0}, g_foundPurged{0};
-std::atomic<long> g_purgedTwice{0}, g_refused{0}, g_handlerCalls{0};
+std::atomic<long> g_purged{0}, g_corrupt{0}, g_made{0}, g_reclaimed{0}, g_foundPurged{0},
+    g_refused{0}, g_handlerCalls{0};
 
-/// Bulk data in a pool block, painted when made and checked before it is freed, whoever
-/// frees it: a block handed out twice or recycled while in use shows as corrupt.
-class StressItem : public TPXBasCamMemoryItem {
- public:
-  StressItem(TPXBasCamPool* pool, unsigned int size, unsigned int seed)
-      : m_pool(pool), m_size(size), m_seed(seed), m_data(pool->Alloc(size)) {
-    auto* bytes = static_cast<unsigned char*>(m_data);
-    if (bytes != nullptr)
-      for (unsigned int i = 0; i < size; i += 64) bytes[i] = Fill(i);
+/// Bulk data in a pool block, painted when made and checked before it is freed, whoever frees
+/// it: a block handed out twice or recycled while in use shows as corrupt.
+struct StressItem : TPXBasCamMemoryItem {
+  StressItem(TPXBasCamPool* p, unsigned int n, unsigned int s) : pool(p), size(n), seed(s) {
+    data = static_cast<unsigned char*>(pool->Alloc(size));
+    for (unsigned int i = 0; data != nullptr && i < size; i += 64) data[i] = Fill(i);
   }
-  bool HasData() const { return m_data != nullptr; }
-  unsigned int BulkSize() const override { return m_size; }
+  unsigned int BulkSize() const override { return size; }
   unsigned int FreeBulkData() override {
-    if (purges.fetch_add(1) > 0) g_purgedTwice.fetch_add(1);
+    if (purges.fetch_add(1) > 0) g_corrupt.fetch_add(1);  // purged twice
     g_purged.fetch_add(1);
     return Release();
   }
   unsigned int Release() {
-    auto* bytes = static_cast<unsigned char*>(m_data);
-    if (bytes == nullptr) return 0;
-    for (unsigned int i = 0; i < m_size; i += 64)
-      if (bytes[i] != Fill(i)) g_corrupt.fetch_add(1);
-    m_data = nullptr;
-    return m_pool->Free(bytes);
+    for (unsigned int i = 0; data != nullptr && i < size; i += 64)
+      if (data[i] != Fill(i)) g_corrupt.fetch_add(1);
+    return pool->Free(std::exchange(data, nullptr));
   }
+  unsigned char Fill(unsigned int i) const { return static_cast<unsigned char>(seed + i / 64); }
+  TPXBasCamPool* pool;
+  unsigned int size, seed;
+  unsigned char* data;
   std::atomic<int> purges{0};
-
- private:
-  unsigned char Fill(unsigned int i) const { return static_cast<unsigned char>(m_seed + i / 64); }
-  TPXBasCamPool* m_pool;
-  unsigned int m_size, m_seed;
-  void* m_data;
 };
 
-class CountingHandler : public TPXBasCamMemoryErrorHandler {
- public:
+struct CountingHandler : TPXBasCamMemoryErrorHandler {
   void OutOfMemory() override { g_handlerCalls.fetch_add(1); }
 };
 
 // Items are made in random pools and lists, some only held (never listed, so never purged),
 // and reclaimed in random order: RemoveItem true means the data is still there.
-void Worker(TPXBasCamCacheManager& cm, unsigned int id, int iterations, int lists) {
+void Worker(TPXBasCamCacheManager& cm, unsigned int id, int iterations) {
   std::mt19937 rng(1234u + id);
   std::vector<StressItem*> items;
   auto reclaim = [&](size_t i) {
     StressItem* item = items[i];
-    bool listed = cm.RemoveItem(item);
-    if (listed || item->purges.load() == 0) {
-      if (!item->HasData()) g_corrupt.fetch_add(1);  // listed items keep their data
+    if (cm.RemoveItem(item) || item->purges.load() == 0) {
+      if (item->data == nullptr) g_corrupt.fetch_add(1);  // listed items keep their data
       item->Release();
       g_reclaimed.fetch_add(1);
     } else {
@@ -88,7 +76,7 @@ void Worker(TPXBasCamCacheManager& cm, unsigned int id, int iterations, int list
     unsigned int size = rng() % 50 == 0 ? 1100000 : sizes[rng() % 8];  // now and then large
     auto* item = new StressItem(cm.GetPool(static_cast<int>(rng() % 3)), size,
                                 id * 1000003u + static_cast<unsigned int>(step));
-    if (!item->HasData()) {
+    if (item->data == nullptr) {
       g_refused.fetch_add(1);
       delete item;
       continue;
@@ -96,7 +84,7 @@ void Worker(TPXBasCamCacheManager& cm, unsigned int id, int iterations, int list
     g_made.fetch_add(1);
     unsigned int how = rng() % 3;  // append, prepend, or held in use
     if (how < 2)
-      cm.AddItem(static_cast<int>(rng() % static_cast<unsigned int>(lists)),
+      cm.AddItem(static_cast<int>(rng() % 3),
                  how == 0 ? TPXBasCamCacheAppend : TPXBasCamCachePrepend, item, item);
     items.push_back(item);
     if (items.size() > 40) reclaim(rng() % items.size());
@@ -106,35 +94,26 @@ void Worker(TPXBasCamCacheManager& cm, unsigned int id, int iterations, int list
 
 TEST(TPXBasCamStress, ThreadsPoolsPurgeThreadAndChangingLimit) {
   ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact));
-  int iterations = 2500;
-  if (const char* soak = std::getenv("KLD_CAM_STRESS_ITERATIONS")) iterations = std::atoi(soak);
+  const char* soak = std::getenv("KLD_CAM_STRESS_ITERATIONS");
+  const int iterations = soak != nullptr ? std::atoi(soak) : 2500;
   Manager::Finalize();
   TPXBasCamCacheManager& cm = Manager::Instance();
   cm.SetErrorHandler(new CountingHandler);
   const char* names[] = {"mesh", "matrix", "results"};
   ASSERT_EQ(0, cm.AddPools(3, names));
-  const int lists = 3;
-  ASSERT_EQ(0, cm.AddPurgeList(lists));
-  char* statsText = nullptr;
-  size_t statsSize = 0;
-  FILE* stats = open_memstream(&statsText, &statsSize);
-  cm.SetDbFile(stats);
-  cm.SetMemoryLimit(6 * 1048576);
+  ASSERT_EQ(0, cm.AddPurgeList(3));
+  FILE* stats = std::tmpfile();
+  cm.SetDbFile(stats);  // statistics are kept concurrently too
   long acquires = mem_Testing::AcquireCount(), releases = mem_Testing::ReleaseCount();
-
   TPXBasCamIOThreadTask task(&cm);
   std::thread purger([&] { task.Run(0); });
   while (!cm.PurgeThreadRunning()) std::this_thread::yield();
-  constexpr unsigned int kThreads = 4;
   std::vector<std::thread> workers;
   std::atomic<unsigned int> done{0};
-  for (unsigned int t = 0; t < kThreads; ++t)
-    workers.emplace_back([&, t] {
-      Worker(cm, t, iterations, lists);
-      done.fetch_add(1);
-    });
-  unsigned int limits[] = {3 * 1048576, 8 * 1048576, 5 * 1048576, 12 * 1048576};
-  for (unsigned int round = 0; done.load() < kThreads; ++round) {
+  for (unsigned int t = 0; t < 4; ++t)
+    workers.emplace_back([&, t] { Worker(cm, t, iterations), done.fetch_add(1); });
+  const unsigned int limits[] = {3 * 1048576, 8 * 1048576, 5 * 1048576, 12 * 1048576};
+  for (unsigned int round = 0; done.load() < 4; ++round) {
     cm.SetMemoryLimit(limits[round % 4]);
     std::this_thread::sleep_for(std::chrono::milliseconds(3));
   }
@@ -142,11 +121,7 @@ TEST(TPXBasCamStress, ThreadsPoolsPurgeThreadAndChangingLimit) {
   cm.StopPurgeTask();
   purger.join();
   EXPECT_FALSE(cm.PurgeThreadRunning());
-
-  std::printf("items %ld (reclaimed %ld, purged %ld), refused %ld\n", g_made.load(),
-              g_reclaimed.load(), g_foundPurged.load(), g_refused.load());
-  EXPECT_EQ(0, g_corrupt.load()) << "every block held its content until it was freed";
-  EXPECT_EQ(0, g_purgedTwice.load());
+  EXPECT_EQ(0, g_corrupt.load()) << "every block held its content until freed, once";
   EXPECT_EQ(g_made.load(), g_reclaimed.load() + g_foundPurged.load());
   EXPECT_EQ(g_foundPurged.load(), g_purged.load()) << "each purged item purged exactly once";
   EXPECT_GT(g_purged.load(), 0) << "the load made the purge thread work";
@@ -160,8 +135,7 @@ TEST(TPXBasCamStress, ThreadsPoolsPurgeThreadAndChangingLimit) {
     cachedBlocks += cm.BinFreeBytes(b) / (TPXBasCamCacheManager::BinCapacity(b) + 32);
   }
   EXPECT_EQ(cm.FreeListBytes(), listedBytes) << "the bins' counts match their lists";
-  // Every cached block was released once more than it was acquired again, whichever thread
-  // did either, or given back to the host in between.
+  // Each cached block was released once more than acquired again, by whichever threads.
   EXPECT_LE(static_cast<long>(cachedBlocks),
             (mem_Testing::ReleaseCount() - releases) - (mem_Testing::AcquireCount() - acquires));
   cm.ClearFreeList();
@@ -169,7 +143,6 @@ TEST(TPXBasCamStress, ThreadsPoolsPurgeThreadAndChangingLimit) {
   cm.SetDbFile(nullptr);
   Manager::Finalize();
   std::fclose(stats);
-  std::free(statsText);
 }
 
 }  // namespace
