@@ -5,9 +5,8 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <thread>
-
 #include <pthread.h>
+#include <thread>
 
 namespace {
 

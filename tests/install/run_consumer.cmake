@@ -1,4 +1,7 @@
-# Script mode: stage an install, build the consumer against it, run it.
+# Script mode: stage an install, build a consumer against it with find_package, run it and
+# check what it printed. LANG (CXX or C) names the consumer's language, EXE its program and
+# EXPECT a pattern its output must match; a C++ consumer is also built by hand from the
+# pkg-config file.
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 
@@ -12,13 +15,16 @@ endfunction()
 
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/build -G ${GENERATOR}
-    -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
-    "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" "-DCMAKE_EXE_LINKER_FLAGS=${LINKER_FLAGS}")
+    -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_${LANG}_COMPILER=${COMPILER}
+    "-DCMAKE_${LANG}_FLAGS=${FLAGS}" "-DCMAKE_EXE_LINKER_FLAGS=${LINKER_FLAGS}")
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
-run(${WORK_DIR}/build/kld_consumer)
-message(STATUS "consumer: ${last_output}")
-if(NOT last_output MATCHES "tally 12")
-  message(FATAL_ERROR "consumer did not see a fresh initialise: ${last_output}")
+run(${WORK_DIR}/build/${EXE})
+message(STATUS "${EXE}: ${last_output}")
+if(NOT last_output MATCHES "${EXPECT}")
+  message(FATAL_ERROR "${EXE} did not print \"${EXPECT}\": ${last_output}")
+endif()
+if(NOT LANG STREQUAL "CXX")
+  return()
 endif()
 
 # The pkg-config file of the same install builds the consumer by hand.
@@ -33,10 +39,10 @@ if(PKG_CONFIG)
   run(${PKG_CONFIG} --cflags --libs KLDTPXBasCoreUtils)
   string(STRIP "${last_output}" flags)
   separate_arguments(flags UNIX_COMMAND "${flags}")
-  separate_arguments(extra UNIX_COMMAND "${CXX_FLAGS} ${LINKER_FLAGS}")
+  separate_arguments(extra UNIX_COMMAND "${FLAGS} ${LINKER_FLAGS}")
   run(${PKG_CONFIG} --variable=libdir KLDTPXBasCoreUtils)
   string(STRIP "${last_output}" libdir)
-  run(${CXX_COMPILER} ${extra} ${CONSUMER_DIR}/main.cpp ${flags} -Wl,-rpath,${libdir}
+  run(${COMPILER} ${extra} ${CONSUMER_DIR}/main.cpp ${flags} -Wl,-rpath,${libdir}
       -o ${WORK_DIR}/kld_consumer_pc)
   run(${WORK_DIR}/kld_consumer_pc)
 endif()
