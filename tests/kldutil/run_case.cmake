@@ -21,6 +21,8 @@ foreach(pair IN LISTS ENV)
     set(ENV{${name}} "${value}")
   endif()
 endforeach()
+# The installed binary finds its libraries from its own place, not through the environment.
+unset(ENV{LD_LIBRARY_PATH})
 if(NOT STDIN)
   set(STDIN /dev/null)
 endif()
