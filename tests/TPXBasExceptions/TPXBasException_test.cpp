@@ -78,7 +78,8 @@ TEST(TPXBasExceptionReports, EachClassFormatsClonesAndRethrowsAsItself) {
     // Not thrown with Throw: no file, line 0.
     EXPECT_EQ("Exception: " + row.user + " in file  at line 0", Developer(row.e));
     std::unique_ptr<TPXBasException> clone(row.e.Clone());
-    EXPECT_EQ(typeid(row.e), typeid(*clone));
+    const TPXBasException& cloned = *clone;
+    EXPECT_EQ(typeid(row.e), typeid(cloned));
     EXPECT_EQ(row.user, User(*clone));
     try {
       clone->Propagate();
