@@ -333,6 +333,16 @@ inline __attribute__((always_inline)) void TPXBasCamCacheManager::ReturnHeader(
   head->Unlock();
 }
 
+// The bin's statistics counter takes the bin's exact free bytes, under the lock that orders
+// it with pushes and pops.
+void TPXBasCamCacheManager::RefreshBinStat(int bin) {
+  BinRecord& record = Record(bin);
+  record.head.Lock();
+  __atomic_store_n(&m_binFreeCurrent[bin], record.freeBytes.load(std::memory_order_relaxed),
+                   __ATOMIC_RELAXED);
+  record.head.Unlock();
+}
+
 // Called with m_mutex held: asks the host for a block when the ceiling allows it.
 TPXBasCamBinHeader* TPXBasCamCacheManager::HostBlock(unsigned int allocSize, unsigned int ceiling) {
   unsigned long long after =
@@ -535,11 +545,14 @@ void TPXBasCamCacheManager::ClearFreeList() {
   }
 }
 
+// The bin's count is exact under its lock; the list itself is never walked while other
+// threads may pop its blocks and give them back to the host.
 unsigned int TPXBasCamCacheManager::BinFreeBytes(int bin) const {
   if (bin < 0 || bin >= m_numBins) return 0;
-  unsigned int bytes = 0;
-  for (TPXBasCamBinHeader* h = m_binHead[bin]->m_next; h != m_binTail[bin]; h = h->m_next)
-    bytes += h->m_size;
+  BinRecord& record = Record(bin);
+  record.head.Lock();
+  unsigned int bytes = record.freeBytes.load(std::memory_order_relaxed);
+  record.head.Unlock();
   return bytes;
 }
 
