@@ -155,7 +155,7 @@ TEST_F(TPXBasAtiThreadingModelTest, APlaceholderHeldAcrossTheSwitchStaysHeldUnti
   held->Unlock();
 }
 
-class Holder : public TPXBasAtiGlobalSingleton<Holder>, public mem_AllocationOperators {
+class Holder : public TPXBasAtiGlobalSingleton<Holder> {
   friend class TPXBasAtiGlobalSingleton<Holder>;
   Holder() = default;
   ~Holder() = default;
