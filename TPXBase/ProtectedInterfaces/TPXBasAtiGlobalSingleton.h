@@ -10,7 +10,6 @@
 #include "mem_AllocationOperators.h"
 #include "omi_SingletonRegistry.h"
 
-#include <type_traits>
 #include <typeinfo>
 
 /// A class Class derives from TPXBasAtiGlobalSingleton<Class> to exist once per process:
@@ -20,10 +19,13 @@
 /// from the threading model that Class's own operations take with Lock() and Unlock(); made
 /// before the host switches the threading model, it excludes nothing until then.
 ///
-/// Class's constructor and destructor are private, with this template a friend; Class
-/// derives from mem_AllocationOperators (through any one of its bases).
+/// Class's constructor and destructor are private, with this template a friend. The template
+/// gives Class the library's allocation operators (mem_AllocationOperators), so the instance
+/// is drawn from the host allocation service; Class needs no such base of its own, and a
+/// second base that also leads to mem_AllocationOperators (as the cache manager has) keeps
+/// one unambiguous operator new and delete, the static members of that one class.
 template <class Class>
-class KLDTPXBAS_API TPXBasAtiGlobalSingleton {
+class KLDTPXBAS_API TPXBasAtiGlobalSingleton : public mem_AllocationOperators {
  public:
   /// The instance, created on first use. If Class's constructor throws, nothing is created
   /// and the exception reaches the caller.
@@ -66,8 +68,6 @@ TPXBasAtiGlobalSingleton<Class>::TPXBasAtiGlobalSingleton() {
 
 template <class Class>
 Class& TPXBasAtiGlobalSingleton<Class>::Instance() {
-  static_assert(std::is_base_of<mem_AllocationOperators, Class>::value,
-                "a global singleton is allocated through mem_AllocationOperators");
   // The pointer is published with release ordering only once the object is complete, so a
   // reader that sees it with acquire ordering also sees the finished object.
   if (__atomic_load_n(&m_instance, __ATOMIC_ACQUIRE) == nullptr) {

@@ -13,6 +13,9 @@ class TPXBasAtiSingleThreadFact;
 /// Issued by the default thread factory. Until the host installs its factory it does
 /// nothing (Lock returns at once, TryLock gives 1, id() 200); afterwards it forwards every
 /// operation to a real mutex of that factory, which it owns. The object never changes.
+/// A placeholder held when the factory is installed (locked more often than unlocked by the
+/// thread that installs it) stays held: the upgrade locks the real mutex for that thread, and
+/// the real mutex is unlocked when the last of those holds is given back.
 class KLDTPXBAS_API TPXBasAtiMutexDefault : public TPXBasAtiMutex, public TPXBasAtiUpgradable {
  public:
   /// Leaves the issuing factory's registry and destroys the real mutex, if any.
@@ -34,6 +37,7 @@ class KLDTPXBAS_API TPXBasAtiMutexDefault : public TPXBasAtiMutex, public TPXBas
   TPXBasAtiMutexDefault() = default;
 
   TPXBasAtiMutex* m_delegate = nullptr;
+  int m_held = 0;  ///< before the upgrade: locks minus unlocks; after: holds carried over
   TPXBasAtiRegistryLink m_link;
 };
 

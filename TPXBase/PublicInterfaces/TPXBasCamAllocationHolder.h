@@ -17,8 +17,7 @@ extern template class KLDTPXBAS_API TPXBasAtiGlobalSingleton<TPXBasCamAllocation
 /// TPXBasAtiGlobalSingleton<TPXBasCamAllocationHolder>::Instance(). It locks nothing; callers
 /// on several threads bracket their calls with the singleton's Lock()/Unlock().
 class KLDTPXBAS_API TPXBasCamAllocationHolder
-    : public TPXBasAtiGlobalSingleton<TPXBasCamAllocationHolder>,
-      public mem_AllocationOperators {
+    : public TPXBasAtiGlobalSingleton<TPXBasCamAllocationHolder> {
  public:
   /// Marks an id with no live allocation.
   static constexpr unsigned int kFree = 4294967295u;

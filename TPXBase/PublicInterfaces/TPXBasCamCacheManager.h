@@ -185,6 +185,7 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   KLD_CAM_INTERNAL unsigned int DoFree(void* block);
   KLD_CAM_INTERNAL __attribute__((noinline)) unsigned int FreeLarge(TPXBasCamBinHeader* header);
   KLD_CAM_INTERNAL BinRecord& Record(int bin) const;
+  KLD_CAM_INTERNAL void RefreshBinStat(int bin);
   KLD_CAM_INTERNAL void Release();  // frees everything the constructor or the manager made
   KLD_CAM_INTERNAL void ComputeThresholds();
   KLD_CAM_INTERNAL int BinOf(unsigned int size) const;

@@ -15,8 +15,7 @@ extern template class KLDTPXBAS_API TPXBasAtiGlobalSingleton<TPXBasCamSizeRecord
 /// classes 31 to 34 have the bound 0 and class 34 also takes every size above 2^31. A global
 /// singleton: TPXBasAtiGlobalSingleton<TPXBasCamSizeRecorder>::Instance(). It locks nothing;
 /// callers on several threads bracket their calls with the singleton's Lock()/Unlock().
-class KLDTPXBAS_API TPXBasCamSizeRecorder : public TPXBasAtiGlobalSingleton<TPXBasCamSizeRecorder>,
-                                            public mem_AllocationOperators {
+class KLDTPXBAS_API TPXBasCamSizeRecorder : public TPXBasAtiGlobalSingleton<TPXBasCamSizeRecorder> {
  public:
   enum { kClasses = 35 };
 

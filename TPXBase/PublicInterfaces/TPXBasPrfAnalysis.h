@@ -39,8 +39,7 @@ class KLDTPXBAS_API TPXBasPrfParamList {
 /// The process-wide profiling analysis, created on first use from any thread
 /// (TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Instance()) and destroyed only by that
 /// template's Finalize(). Every event operation returns without effect.
-class KLDTPXBAS_API TPXBasPrfAnalysis : public TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>,
-                                        public mem_AllocationOperators {
+class KLDTPXBAS_API TPXBasPrfAnalysis : public TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis> {
  public:
   void IterationBegin(int, int, int, int);
   void IterationEnd(int, int, int, int);

@@ -264,6 +264,9 @@ void CacheManager() {
   // The purge thread frees cached data while the solver allocates past the limit.
   TPXBasCamIOThreadTask task(&cm);
   std::thread purger([&task] { task.Run(0); });
+  // Once the purge thread runs, the allocating thread only signals it and never purges
+  // itself: one thread purges, so the items go in the purge lists' order, every run.
+  while (!cm.PurgeThreadRunning()) std::this_thread::yield();
   void* blocks[8];
   int granted = 0;
   for (void*& b : blocks) granted += (b = mesh->Alloc(request)) != nullptr;

@@ -5,6 +5,8 @@
 #include "gtest/gtest.h"
 
 #include <atomic>
+#include <cstddef>
+#include <new>
 #include <stdexcept>
 #include <thread>
 #include <typeinfo>
@@ -18,7 +20,7 @@ std::atomic<int> g_constructed{0};
 std::atomic<int> g_destroyed{0};
 bool g_throw = false;
 
-class Slow : public TPXBasAtiGlobalSingleton<Slow>, public mem_AllocationOperators {
+class Slow : public TPXBasAtiGlobalSingleton<Slow> {
  public:
   int value;
 
@@ -33,7 +35,7 @@ class Slow : public TPXBasAtiGlobalSingleton<Slow>, public mem_AllocationOperato
 };
 
 // A singleton whose constructor creates another one: the global lock is taken again.
-class Outer : public TPXBasAtiGlobalSingleton<Outer>, public mem_AllocationOperators {
+class Outer : public TPXBasAtiGlobalSingleton<Outer> {
  public:
   Slow* inner;
 
@@ -94,6 +96,38 @@ TEST_F(TPXBasAtiGlobalSingletonTest, FinalizeDestroysFailuresLeaveNothingAndNest
   EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
   EXPECT_EQ(constructed + 2, g_constructed.load());
   EXPECT_EQ(destroyed + 2, g_destroyed.load());
+}
+
+// Slow and Outer name no allocation base of their own, as a host class would not: the
+// template gives them the library's operators. The cache manager reaches the same operators
+// through both of its bases, and they stay one unambiguous pair.
+TEST_F(TPXBasAtiGlobalSingletonTest, InstancesAreDrawnFromTheHostAllocationService) {
+  using New = void* (*)(std::size_t);
+  using Delete = void (*)(void*);
+  const New library = &mem_AllocationOperators::operator new;
+  const Delete libraryDelete = &mem_AllocationOperators::operator delete;
+  EXPECT_EQ(library, static_cast<New>(&Slow::operator new));
+  EXPECT_EQ(libraryDelete, static_cast<Delete>(&Slow::operator delete));
+  EXPECT_EQ(library, static_cast<New>(&TPXBasCamCacheManager::operator new));
+  EXPECT_EQ(libraryDelete, static_cast<Delete>(&TPXBasCamCacheManager::operator delete));
+  // The host service refusing the object's memory is the caller's std::bad_alloc, and
+  // nothing is left behind; the allocations before it (the singleton's mutex) may fail too.
+  const int constructed = g_constructed;
+  bool refused = false;
+  for (long allowed = 0; allowed < 64; ++allowed) {
+    mem_Testing::FailAllocationsAfter(allowed);
+    try {
+      TPXBasAtiGlobalSingleton<Slow>::Instance();
+      mem_Testing::FailAllocationsAfter(-1);
+      break;
+    } catch (const std::bad_alloc&) {
+      refused = true;
+      EXPECT_FALSE(mem_Testing::RegistryHas(typeid(Slow).name()));
+    }
+  }
+  mem_Testing::FailAllocationsAfter(-1);
+  EXPECT_TRUE(refused);
+  EXPECT_EQ(constructed + 1, g_constructed.load());
 }
 
 TEST(TPXBasAtiGlobalSingletonDeathTest, NoMutexFromTheModel) {

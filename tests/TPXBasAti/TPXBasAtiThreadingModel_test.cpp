@@ -127,7 +127,35 @@ TEST_F(TPXBasAtiThreadingModelTest, EarlyPlaceholdersSynchroniseForRealAfterTheS
   EXPECT_EQ(3u + kThreads * kRounds, static_cast<unsigned int>(*late));
 }
 
-class Holder : public TPXBasAtiGlobalSingleton<Holder>, public mem_AllocationOperators {
+TEST_F(TPXBasAtiThreadingModelTest, APlaceholderHeldAcrossTheSwitchStaysHeldUntilItsLastUnlock) {
+  std::unique_ptr<TPXBasAtiMutex> held(TPXBasAtiThreadingModel::newMutex());
+  std::unique_ptr<TPXBasAtiMutex> balanced(TPXBasAtiThreadingModel::newMutex());
+  held->Lock();
+  EXPECT_EQ(1, held->TryLock()) << "placeholders nest";
+  balanced->Lock();
+  balanced->Unlock();
+  balanced->Unlock();  // one unlock too many before the switch carries nothing over
+  ASSERT_TRUE(TPXBasAtiThreadingModel::setBehavior(new TPXBasAtiStdThreadFact));
+  auto freeElsewhere = [](TPXBasAtiMutex& m) {
+    int got = 0;
+    std::thread([&] {
+      got = m.TryLock();
+      if (got) m.Unlock();
+    }).join();
+    return got;
+  };
+  EXPECT_EQ(0, freeElsewhere(*held)) << "still held by this thread after the switch";
+  held->Unlock();
+  EXPECT_EQ(0, freeElsewhere(*held)) << "one hold is left";
+  held->Unlock();
+  EXPECT_EQ(1, freeElsewhere(*held));
+  EXPECT_EQ(1, freeElsewhere(*balanced));
+  held->Lock();  // and then it is an ordinary mutex
+  EXPECT_EQ(0, freeElsewhere(*held));
+  held->Unlock();
+}
+
+class Holder : public TPXBasAtiGlobalSingleton<Holder> {
   friend class TPXBasAtiGlobalSingleton<Holder>;
   Holder() = default;
   ~Holder() = default;

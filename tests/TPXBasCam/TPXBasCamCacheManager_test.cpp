@@ -2,6 +2,8 @@
 // allocating thread, host failures, the environment and its messages.
 #include "cam_TestSupport.h"
 
+#include <cmath>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -33,7 +35,6 @@ TEST_F(TPXBasCamCacheManagerTest, RequestsLandInTheirBinWithTheirBlockSize) {
       {"18", nullptr, 2097152, 17, 2097184},     // 512 pages, the last bin
       {"30", nullptr, 2097153, 18, 2101280},     // more than 18 bins count as 18
       {"0", nullptr, 10, 0, 4128},               // no bins: all large
-      {"-3", nullptr, 10, 0, 4128},
       {nullptr, "64", 1048644, 15, 1048676},     // the alignment allowance
       {nullptr, "64", 1048645, 16, 1052704},     // one byte past it: large
       {nullptr, "64", 786433, 15, 1048676},      // every last-bin block grows
@@ -111,6 +112,73 @@ TEST_F(TPXBasCamCacheManagerTest, ThresholdsFollowTheLimitAndFractions) {
     EXPECT_EQ(steps[step],
               Marks({cm.MemoryLimit(), cm.MemoryHighMark(), cm.MemoryLowMark(), cm.ReserveCap()}));
   }
+}
+
+TEST_F(TPXBasCamCacheManagerTest, EnvironmentValuesOutOfRangeFallBackWithOneNotice) {
+  struct Case {
+    const char *bins, *alignment, *tolerance;
+    int numBins, alignmentSet;
+    unsigned int toleranceSet;
+    const char* notice;
+  } rows[] = {
+      {"-3", nullptr, nullptr, 16, 0, 104857600,
+       "KAL cache manager: KAL_CAM_NUMBER_OF_BINS=-3 is not a number from 0 to 18; using 16\n"},
+      {"99999999999", nullptr, nullptr, 18, 0, 104857600, ""},  // more than 18 is 18
+      {"many", nullptr, nullptr, 0, 0, 104857600, ""},          // not a number: no bins
+      {nullptr, "2147483647", nullptr, 16, 0, 104857600,
+       "KAL cache manager: KAL_CAM_MEMORY_ALIGNMENT=2147483647 is not a number from 0 to "
+       "1048576; using 0\n"},
+      {nullptr, "-1", nullptr, 16, 0, 104857600,
+       "KAL cache manager: KAL_CAM_MEMORY_ALIGNMENT=-1 is not a number from 0 to 1048576; "
+       "using 0\n"},
+      {nullptr, "1048576", nullptr, 16, 1048576, 104857600, ""},
+      {nullptr, nullptr, "-1", 16, 0, 104857600,
+       "KAL cache manager: KAL_CAM_TRACKINGTOL=-1 is not a number from 0 to 4095; using 100\n"},
+      {nullptr, nullptr, "99999", 16, 0, 104857600,
+       "KAL cache manager: KAL_CAM_TRACKINGTOL=99999 is not a number from 0 to 4095; using "
+       "100\n"},
+      {nullptr, nullptr, "4095", 16, 0, 4293918720u,
+       "current cache manager maximum point tracking tolerance 4095 MB"},
+  };
+  for (const Case& c : rows) {
+    SCOPED_TRACE(c.notice);
+    Manager::Finalize();
+    testing::internal::CaptureStderr();
+    TPXBasCamCacheManager& cm = Make(c.bins, c.alignment, c.tolerance);
+    EXPECT_EQ(c.notice, testing::internal::GetCapturedStderr());
+    EXPECT_EQ(c.numBins, cm.NumBins());
+    EXPECT_EQ(c.alignmentSet, cm.Alignment());
+    EXPECT_EQ(c.toleranceSet, cm.TrackingTolerance());
+    unsigned int block = 0;
+    void* p = cm.Alloc(1048576, block);  // the last bin or a large block: always served
+    EXPECT_NE(nullptr, p);
+    cm.Free(p);
+  }
+}
+
+TEST_F(TPXBasCamCacheManagerTest,
+       FractionsOutsideZeroToOneChangeNothingAndHugeRequestsReachTheHandler) {
+  TPXBasCamCacheManager& cm = Make();
+  const double bad[][2] = {{-0.1, 0.5}, {0.9, -0.5}, {1.5, 0.5}, {NAN, 0.5}, {0.9, INFINITY}};
+  for (const auto& f : bad) {
+    testing::internal::CaptureStderr();
+    cm.SetPurgePercentage(f[0], f[1]);
+    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
+                                     "are not both from 0 to 1; kept 0.8 and 0.6\n"));
+    EXPECT_EQ(16777216u, cm.MemoryHighMark());
+    EXPECT_EQ(12582912u, cm.MemoryLowMark());
+    EXPECT_EQ(3355443u, cm.ReserveCap());
+  }
+  cm.SetPurgePercentage(1.0, 0.0);  // the ends are fractions too
+  EXPECT_EQ(20971520u, cm.MemoryHighMark());
+  int calls = 0;
+  cm.SetErrorHandler(new CountingHandler(&calls));
+  unsigned int block = 1;
+  EXPECT_EQ(nullptr, cm.Alloc(0xFFFFFFFFu, block));  // no block size fits 32 bits
+  EXPECT_EQ(0u, block);
+  EXPECT_EQ(1, calls) << "every null result of a request reaches the handler";
+  EXPECT_EQ(nullptr, cm.Alloc(0, block));
+  EXPECT_EQ(1, calls) << "but not the null of a request of 0 bytes";
 }
 
 TEST_F(TPXBasCamCacheManagerTest, PassingTheHighMarkRefillsTheReserveThenPurgingRunsOut) {

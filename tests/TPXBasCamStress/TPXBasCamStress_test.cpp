@@ -1,11 +1,10 @@
 // Cache manager under load: threads allocate and free through pools under a small, changing
-// limit while a purge thread purges their cached items. KLD_CAM_STRESS_ITERATIONS raises the
-// operations per thread (default 2500) for a soak run.
+// limit while a purge thread purges their cached items and the main thread reads summaries.
+// KLD_CAM_STRESS_ITERATIONS raises the operations per thread (default 2500) for a soak run.
 #include "KLDTPXBasCoreUtils.h"
 #include "gtest/gtest.h"
 
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
@@ -19,6 +18,7 @@ using Manager = TPXBasAtiGlobalSingleton<TPXBasCamCacheManager>;
 
 std::atomic<long> g_purged{0}, g_corrupt{0}, g_made{0}, g_reclaimed{0}, g_foundPurged{0},
     g_refused{0}, g_handlerCalls{0};
+std::atomic<unsigned long long> g_summaryBytes{0};
 
 /// Bulk data in a pool block, painted when made and checked before it is freed, whoever frees
 /// it: a block handed out twice or recycled while in use shows as corrupt.
@@ -112,10 +112,24 @@ TEST(TPXBasCamStress, ThreadsPoolsPurgeThreadAndChangingLimit) {
   std::atomic<unsigned int> done{0};
   for (unsigned int t = 0; t < 4; ++t)
     workers.emplace_back([&, t] { Worker(cm, t, iterations), done.fetch_add(1); });
+  // Meanwhile this thread reads summaries, writes pool reports and changes the limit: every
+  // reader of the free lists and the statistics runs against the traffic.
   const unsigned int limits[] = {3 * 1048576, 8 * 1048576, 5 * 1048576, 12 * 1048576};
   for (unsigned int round = 0; done.load() < 4; ++round) {
-    cm.SetMemoryLimit(limits[round % 4]);
-    std::this_thread::sleep_for(std::chrono::milliseconds(3));
+    if (round % 64 == 0) cm.SetMemoryLimit(limits[round / 64 % 4]);
+    unsigned int current, cached, *poolCurrent, *poolAtMax, *poolStaged, *poolMax, *listCurrent,
+        *listAtMax, *binCurrent, *binAtMax, countAtMax;
+    int pools, lists, bins;
+    cm.MemorySummary(current, cached, pools, poolCurrent, poolAtMax, poolStaged, poolMax, lists,
+                     listCurrent, listAtMax, bins, binCurrent, binAtMax, countAtMax);
+    unsigned long long seen = countAtMax;  // read what a host reads, as it would
+    for (int b = 0; b < bins; ++b) seen += binCurrent[b] + binAtMax[b] + cm.BinFreeBytes(b);
+    for (int p = 0; p < pools; ++p)
+      seen += poolCurrent[p] + poolAtMax[p] + poolStaged[p] + poolMax[p];
+    for (int l = 0; l < lists; ++l) seen += listCurrent[l] + listAtMax[l];
+    g_summaryBytes.fetch_add(seen + current + cached, std::memory_order_relaxed);
+    cm.GetPool(static_cast<int>(round % 3))->MemoryReport();
+    std::this_thread::yield();
   }
   for (std::thread& w : workers) w.join();
   cm.StopPurgeTask();

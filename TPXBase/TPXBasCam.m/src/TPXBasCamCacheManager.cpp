@@ -9,6 +9,8 @@
 #include "TPXBasMemAllocator.h"
 #include "mem_Alloc.h"
 
+#include <cerrno>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -40,6 +42,27 @@ inline void AddStat(unsigned int& counter, unsigned int by) {
 inline void LowerStat(unsigned int& counter, unsigned int by) {
   unsigned int value = LoadStat(counter);
   __atomic_store_n(&counter, value > by ? value - by : 0, __ATOMIC_RELAXED);
+}
+
+// The sizes that environment values may give without wrapping in 32 bits: an allowance of up
+// to 1 MB on the last bin, a tracking tolerance of up to 4095 MB.
+constexpr long kMostAlignment = 1048576;
+constexpr long kMostToleranceMB = 4095;
+
+// A decimal number, optionally signed and surrounded by blanks, that fits a long.
+bool EnvNumber(const char* text, long& value) {
+  errno = 0;
+  char* end = nullptr;
+  value = std::strtol(text, &end, 10);
+  if (end == text || errno == ERANGE) return false;
+  while (*end == ' ' || *end == '\t') ++end;
+  return *end == '\0';
+}
+
+// One notice, on a line of its own, for a value that cannot be used.
+void OutOfRange(const char* name, const char* text, long low, long high, long fallback) {
+  std::fprintf(stderr, "KAL cache manager: %s=%s is not a number from %ld to %ld; using %ld\n",
+               name, text, low, high, fallback);
 }
 
 TPXBasAtiMutex* NewMutex() {
@@ -147,15 +170,30 @@ TPXBasCamCacheManager::TPXBasCamCacheManager()
 
     m_numBins = kDefaultBins;
     if (const char* bins = std::getenv("KAL_CAM_NUMBER_OF_BINS")) {
-      int n = std::atoi(bins);
-      m_numBins = n > kMostBins ? kMostBins : (n < 0 ? 0 : n);
+      // Above the most bins counts as the most, and text that is not a number as none; only
+      // a negative count falls back to the default.
+      long n = 0;
+      if (EnvNumber(bins, n) && n < 0)
+        OutOfRange("KAL_CAM_NUMBER_OF_BINS", bins, 0, kMostBins, kDefaultBins);
+      else
+        m_numBins = n > kMostBins ? kMostBins : static_cast<int>(n);
     }
-    if (const char* alignment = std::getenv("KAL_CAM_MEMORY_ALIGNMENT"))
-      m_alignment = std::atoi(alignment);
+    if (const char* alignment = std::getenv("KAL_CAM_MEMORY_ALIGNMENT")) {
+      long n = 0;
+      if (!EnvNumber(alignment, n) || n < 0 || n > kMostAlignment)
+        OutOfRange("KAL_CAM_MEMORY_ALIGNMENT", alignment, 0, kMostAlignment, 0);
+      else
+        m_alignment = static_cast<int>(n);
+    }
     if (const char* tolerance = std::getenv("KAL_CAM_TRACKINGTOL")) {
-      int mb = std::atoi(tolerance);
-      std::fprintf(stderr, "current cache manager maximum point tracking tolerance %d MB", mb);
-      m_trackingTolerance = static_cast<unsigned int>(mb) * 1048576u;
+      long mb = 0;
+      if (!EnvNumber(tolerance, mb) || mb < 0 || mb > kMostToleranceMB) {
+        OutOfRange("KAL_CAM_TRACKINGTOL", tolerance, 0, kMostToleranceMB,
+                   kDefaultTolerance / 1048576);
+      } else {
+        std::fprintf(stderr, "current cache manager maximum point tracking tolerance %ld MB", mb);
+        m_trackingTolerance = static_cast<unsigned int>(mb) * 1048576u;
+      }
     }
     if (m_numBins > 0) {
       m_binMemory = mem_Malloc(static_cast<std::size_t>(m_numBins + 1) * kBinStride);
@@ -333,6 +371,16 @@ inline __attribute__((always_inline)) void TPXBasCamCacheManager::ReturnHeader(
   head->Unlock();
 }
 
+// The bin's statistics counter takes the bin's exact free bytes, under the lock that orders
+// it with pushes and pops.
+void TPXBasCamCacheManager::RefreshBinStat(int bin) {
+  BinRecord& record = Record(bin);
+  record.head.Lock();
+  __atomic_store_n(&m_binFreeCurrent[bin], record.freeBytes.load(std::memory_order_relaxed),
+                   __ATOMIC_RELAXED);
+  record.head.Unlock();
+}
+
 // Called with m_mutex held: asks the host for a block when the ceiling allows it.
 TPXBasCamBinHeader* TPXBasCamCacheManager::HostBlock(unsigned int allocSize, unsigned int ceiling) {
   unsigned long long after =
@@ -484,6 +532,8 @@ void* TPXBasCamCacheManager::AllocSlow(int bin, unsigned int size, unsigned int&
     } else {
       blockSize = 0;
     }
+  } else if (size != 0) {
+    OutOfMemory();  // a block of that size does not fit the 32-bit sizes: never satisfiable
   }
   if (!counted) ++*m_allocCount;
   return result;
@@ -535,11 +585,14 @@ void TPXBasCamCacheManager::ClearFreeList() {
   }
 }
 
+// The bin's count is exact under its lock; the list itself is never walked while other
+// threads may pop its blocks and give them back to the host.
 unsigned int TPXBasCamCacheManager::BinFreeBytes(int bin) const {
   if (bin < 0 || bin >= m_numBins) return 0;
-  unsigned int bytes = 0;
-  for (TPXBasCamBinHeader* h = m_binHead[bin]->m_next; h != m_binTail[bin]; h = h->m_next)
-    bytes += h->m_size;
+  BinRecord& record = Record(bin);
+  record.head.Lock();
+  unsigned int bytes = record.freeBytes.load(std::memory_order_relaxed);
+  record.head.Unlock();
   return bytes;
 }
 
@@ -573,6 +626,16 @@ void TPXBasCamCacheManager::SetMemoryLimit(unsigned int bytes) {
 }
 
 void TPXBasCamCacheManager::SetPurgePercentage(double high, double low) {
+  // Marks are fractions of the limit: anything else would turn into sizes no unsigned value
+  // holds. Such a call changes nothing.
+  auto fraction = [](double f) { return std::isfinite(f) && f >= 0.0 && f <= 1.0; };
+  if (!fraction(high) || !fraction(low)) {
+    std::fprintf(stderr,
+                 "KAL cache manager: purge fractions %g and %g are not both from 0 to 1; "
+                 "kept %g and %g\n",
+                 high, low, m_highPercentage, m_lowPercentage);
+    return;
+  }
   m_mutex->Lock();
   m_highPercentage = high;
   m_lowPercentage = low;

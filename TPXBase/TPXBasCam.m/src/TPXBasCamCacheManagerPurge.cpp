@@ -13,14 +13,14 @@ int TPXBasCamCacheManager::AddPurgeList(int n) {
   unsigned int* current = nullptr;
   unsigned int* atMax = nullptr;
   if (m_dbFile != nullptr) {
-    current = new (mem_BuiltInAlloc{}) unsigned int[total];
+    current = new (mem_BuiltInAlloc{}) unsigned int[2 * total];  // counters, summary copy
     try {
-      atMax = new (mem_BuiltInAlloc{}) unsigned int[total];
+      atMax = new (mem_BuiltInAlloc{}) unsigned int[2 * total];
     } catch (...) {
       mem_deleteBuiltIn(current);
       throw;
     }
-    for (int i = 0; i < total; ++i) current[i] = atMax[i] = 0;
+    for (int i = 0; i < 2 * total; ++i) current[i] = atMax[i] = 0;
   }
   int first;
   try {

@@ -11,10 +11,21 @@
 
 namespace {
 
+// Every statistics array has two halves: the counters, and after them the copy that the last
+// MemorySummary handed out.
 unsigned int* Zeroed(int n) {
-  unsigned int* array = new (mem_BuiltInAlloc{}) unsigned int[n > 0 ? n : 1];
-  for (int i = 0; i < n; ++i) array[i] = 0;
+  unsigned int* array = new (mem_BuiltInAlloc{}) unsigned int[n > 0 ? 2 * n : 1];
+  for (int i = 0; i < 2 * n; ++i) array[i] = 0;
   return array;
+}
+
+// The copy half of a statistics array of n counters, refreshed from the counters. Only
+// MemorySummary writes it (under the tracking mutex), so a host reads it while other threads
+// go on counting.
+unsigned int* SummaryCopy(unsigned int* array, int n) {
+  if (array == nullptr) return nullptr;
+  for (int i = 0; i < n; ++i) array[n + i] = __atomic_load_n(&array[i], __ATOMIC_RELAXED);
+  return array + n;
 }
 
 // Zeroed arrays made together: either all of them or, after a failure, none.
@@ -263,28 +274,35 @@ void TPXBasCamCacheManager::MemorySummary(
     unsigned int*& poolMax, int& numLists, unsigned int*& listMemoryCurrent,
     unsigned int*& listMemoryAtMax, int& numBins, unsigned int*& binFreeCurrent,
     unsigned int*& binFreeAtMax, unsigned int& allocCountAtMax) {
+  // The statistics arrays and the snapshot belong to the tracking mutex; each bin's counter
+  // is refreshed under its bin's lock, which orders it with the pushes and pops that move it.
+  // The arrays handed out are copies, which no other thread writes.
+  m_trackingMutex->Lock();
+  int lists = m_purgeList->NumPurgeLists();
+  if (m_dbFile != nullptr) {
+    if (m_binFreeCurrent != nullptr)
+      for (int b = 0; b < m_numBins; ++b) RefreshBinStat(b);
+    if (m_listMemoryCurrent != nullptr && m_listStatsLength == lists)
+      m_purgeList->MemoryCurrent(m_listMemoryCurrent);
+    for (int p = 0; p < m_numPools && p < m_poolStatsLength; ++p) {
+      m_poolCurrent[p] = m_pools[p]->MemoryCurrent();
+      m_poolStagedMax[p] = m_pools[p]->MemoryStagedMax();
+      m_poolMax[p] = m_pools[p]->MemoryMax();
+    }
+  }
   memoryCurrent = m_memoryCurrent.load(std::memory_order_relaxed);
   freeListBytes = FreeListBytes();
   numPools = m_numPools;
-  poolCurrent = m_poolCurrent;
-  poolCurrentAtMax = m_poolCurrentAtMax;
-  poolStagedMax = m_poolStagedMax;
-  poolMax = m_poolMax;
-  numLists = m_purgeList->NumPurgeLists();
-  listMemoryCurrent = m_listMemoryCurrent;
-  listMemoryAtMax = m_listMemoryAtMax;
+  poolCurrent = SummaryCopy(m_poolCurrent, m_poolStatsLength);
+  poolCurrentAtMax = SummaryCopy(m_poolCurrentAtMax, m_poolStatsLength);
+  poolStagedMax = SummaryCopy(m_poolStagedMax, m_poolStatsLength);
+  poolMax = SummaryCopy(m_poolMax, m_poolStatsLength);
+  numLists = lists;
+  listMemoryCurrent = SummaryCopy(m_listMemoryCurrent, m_listStatsLength);
+  listMemoryAtMax = SummaryCopy(m_listMemoryAtMax, m_listStatsLength);
   numBins = m_numBins;
-  binFreeCurrent = m_binFreeCurrent;
-  binFreeAtMax = m_binFreeAtMax;
+  binFreeCurrent = SummaryCopy(m_binFreeCurrent, m_numBins);
+  binFreeAtMax = SummaryCopy(m_binFreeAtMax, m_numBins);
   allocCountAtMax = m_allocCountAtMax;
-  if (m_dbFile == nullptr) return;
-  if (m_binFreeCurrent != nullptr)
-    for (int b = 0; b < m_numBins; ++b) m_binFreeCurrent[b] = BinFreeBytes(b);
-  if (m_listMemoryCurrent != nullptr && m_listStatsLength == numLists)
-    m_purgeList->MemoryCurrent(m_listMemoryCurrent);
-  for (int p = 0; p < m_numPools && p < m_poolStatsLength; ++p) {
-    m_poolCurrent[p] = m_pools[p]->MemoryCurrent();
-    m_poolStagedMax[p] = m_pools[p]->MemoryStagedMax();
-    m_poolMax[p] = m_pools[p]->MemoryMax();
-  }
+  m_trackingMutex->Unlock();
 }
