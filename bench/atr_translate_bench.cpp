@@ -206,4 +206,41 @@ BENCHMARK(BM_Lookup_UnorderedMapToString);
 
 }  // namespace
 
+// The conversion listing of a text with many conversions, beside formatting the same text:
+// both grow linearly with the number of conversions.
+std::string ManyConversions(int n) {
+  std::string text;
+  for (int i = 0; i < n; ++i) text += "%s ";
+  return text;
+}
+
+void BM_FormatConversions_Many(benchmark::State& state) {
+  std::string text = ManyConversions(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    atr_FormatConversions conversions(text.c_str());
+    benchmark::DoNotOptimize(conversions.ForArgument(conversions.Count()));
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_FormatConversions_Many)
+    ->Arg(10000)
+    ->Arg(40000)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity();
+
+void BM_FormatMessage_Many(benchmark::State& state) {
+  atr_trReleaseDB();
+  std::string text = ManyConversions(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    atr_translate message(text.c_str(), kUtf8);
+    benchmark::DoNotOptimize(message.Result(kUtf8).CStr());
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_FormatMessage_Many)
+    ->Arg(10000)
+    ->Arg(40000)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity();
+
 BENCHMARK_MAIN();

@@ -75,8 +75,10 @@ struct atr_FormatConversion {
 };
 
 /// The conversions of a format text, in order of appearance, found by the parser that builds
-/// every message (atr_translate.h). A text with "%" followed directly by "$" cannot be parsed:
-/// Ok is then false and there are no conversions (no fatal error is raised here).
+/// every message (atr_translate.h). Building the listing takes time linear in the text and
+/// ForArgument constant time, so a text with tens of thousands of conversions stays cheap. A text
+/// with "%" followed directly by "$" cannot be parsed: Ok is then false and there are no
+/// conversions (no fatal error is raised here).
 class KLDTPXBAS_API atr_FormatConversions : public mem_AllocationOperators {
  public:
   /// AsTranslation parses the text as it stands, as a translation from the dictionary is
@@ -103,6 +105,7 @@ class KLDTPXBAS_API atr_FormatConversions : public mem_AllocationOperators {
   int m_count = 0;
   atr_FormatConversion* m_conversions = nullptr;  ///< from mem_Malloc
   char* m_formats = nullptr;                      ///< the conversion texts, one block
+  int* m_byArgument = nullptr;  ///< conversion index of each argument (n - 1), from mem_Malloc
 };
 
 /// The translation of text in the loaded dictionary, or null when there is none (or no

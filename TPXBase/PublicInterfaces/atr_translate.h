@@ -26,13 +26,15 @@ struct atr_TemplateKey;
 ///
 /// Use: construct, give the arguments with atr_SubstituteFormat (n = 1, 2, ...), then Result.
 /// A conversion without an argument shows as "%s"; extra arguments are ignored. Widths and
-/// precisions above atr_translate::MaxField count as MaxField. A "%$" in the format text is a
-/// broken invariant (fatal "AssertionFailed:0"); in a translation from the dictionary it makes
-/// the message fall back to the untranslated text. Belongs to one thread; not copyable.
+/// precisions of numeric conversions above atr_translate::MaxField count as MaxField; a text
+/// ("%s") is justified to any width (its padding is allocated: std::bad_alloc when that fails). A
+/// "%$" in the format text is a broken invariant (fatal "AssertionFailed:0"); in a translation from
+/// the dictionary it makes the message fall back to the untranslated text. Belongs to one thread;
+/// not copyable.
 class KLDTPXBAS_API atr_translate {
  public:
-  /// Largest width or precision a conversion can ask for: numbers never need more than 1023
-  /// bytes, and a padded string never more than this many columns of padding.
+  /// Largest width or precision a numeric conversion can ask for: numbers never need more
+  /// than 1023 bytes. Texts are not bounded.
   static constexpr int MaxField = 512;
 
   /// Looks the text up, parses, numbers and orders the conversions. A null text gives the

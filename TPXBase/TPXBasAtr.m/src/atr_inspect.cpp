@@ -44,9 +44,13 @@ atr_FormatConversions::atr_FormatConversions(const char* text, SourceMode source
     int count = atr_translateParser::Count(message);
     if (m_ok && count > 0) {
       numbered = static_cast<bool*>(mem_Malloc(sizeof(bool) * static_cast<size_t>(count)));
-      if (numbered == nullptr) throw std::bad_alloc();
+      m_byArgument = static_cast<int*>(mem_Malloc(sizeof(int) * static_cast<size_t>(count)));
+      if (numbered == nullptr || m_byArgument == nullptr) throw std::bad_alloc();
       for (int i = 0; i < count; ++i) numbered[i] = atr_translateParser::Number(message, i) >= 0;
       atr_translateParser::NumberAndOrder(message);
+      // m_byArgument first holds each conversion's argument, then, inverted below, the
+      // conversion of each argument.
+      atr_translateParser::Arguments(message, m_byArgument);
 
       size_t formats = 0;
       for (int i = 0; i < count; ++i)
@@ -60,11 +64,12 @@ atr_FormatConversions::atr_FormatConversions(const char* text, SourceMode source
         const char* format = atr_translateParser::Format(message, i);
         size_t length = std::strlen(format);
         std::memcpy(out, format, length + 1);
-        m_conversions[i] = atr_FormatConversion{atr_translateParser::Argument(message, i),
-                                                atr_translateParser::Number(message, i),
-                                                numbered[i], format[length - 1], out};
+        m_conversions[i] =
+            atr_FormatConversion{m_byArgument[i], atr_translateParser::Number(message, i),
+                                 numbered[i], format[length - 1], out};
         out += length + 1;
       }
+      for (int i = 0; i < count; ++i) m_byArgument[m_conversions[i].m_argument - 1] = i;
       m_count = count;
     }
   } catch (...) {
@@ -72,6 +77,7 @@ atr_FormatConversions::atr_FormatConversions(const char* text, SourceMode source
     mem_Free(cut);
     mem_Free(m_formats);
     mem_Free(m_conversions);
+    mem_Free(m_byArgument);
     throw;
   }
   mem_Free(numbered);
@@ -81,6 +87,7 @@ atr_FormatConversions::atr_FormatConversions(const char* text, SourceMode source
 atr_FormatConversions::~atr_FormatConversions() {
   mem_Free(m_formats);
   mem_Free(m_conversions);
+  mem_Free(m_byArgument);
 }
 
 const atr_FormatConversion& atr_FormatConversions::operator[](int i) const {
@@ -89,7 +96,5 @@ const atr_FormatConversion& atr_FormatConversions::operator[](int i) const {
 }
 
 const atr_FormatConversion* atr_FormatConversions::ForArgument(int n) const {
-  for (int i = 0; i < m_count; ++i)
-    if (m_conversions[i].m_argument == n) return &m_conversions[i];
-  return nullptr;
+  return n >= 1 && n <= m_count ? &m_conversions[m_byArgument[n - 1]] : nullptr;
 }

@@ -172,8 +172,9 @@ void atr_translate::AddSubstitution(int n, const char* value, const char* conver
     ++p;
     ReadInt(p, precision);
   }
+  // Texts are justified in bytes to any width: only numbers go through the fixed buffer.
   int taken = precision < 0 || precision > length ? length : precision;
-  int pad = Bounded(width) - taken;
+  int pad = width - taken;
   if (pad < 0) pad = 0;
   if (left)
     Store(r, value, taken, 0, pad);

@@ -437,8 +437,10 @@ atr_String atr_raw(const char* text, TPXBasStringMode mode) {
   const char* translation = atr_dictionary::Lookup(text);
   if (translation != nullptr)
     return TPXBasAtrStringMode::Utf8ToModal(atr_MakeAtrString(translation), mode);
-  atr_String utf8 = TPXBasAtrStringMode::ModalToUTF8(atr_MakeAtrString(text), mode);
-  const char* note = FindNote(utf8.CStr());
-  if (note != nullptr) utf8 = utf8.Substr(0, static_cast<unsigned>(note - utf8.CStr()));
-  return TPXBasAtrStringMode::Utf8ToModal(utf8, mode);
+  // The untranslated text is taken as the library's own UTF-8 text, as a translation is: it
+  // is converted once, on its way out.
+  const char* note = FindNote(text);
+  atr_String chosen = atr_MakeAtrString(text);
+  if (note != nullptr) chosen = chosen.Substr(0, static_cast<unsigned>(note - text));
+  return TPXBasAtrStringMode::Utf8ToModal(chosen, mode);
 }

@@ -26,11 +26,11 @@ struct atr_translateParser {
   static const char* Format(const atr_translate& message, int i) {
     return message.m_args[i].m_format;
   }
-  /// The argument that conversion i receives (after NumberAndOrder).
-  static int Argument(const atr_translate& message, int i) {
+  /// The argument that each conversion receives (after NumberAndOrder): argument[i] for
+  /// conversion i in order of appearance, from 1; one pass over the conversions.
+  static void Arguments(const atr_translate& message, int* argument) {
     for (int n = 0; n < message.m_count; ++n)
-      if (message.m_byNumber[n] == &message.m_args[i]) return n + 1;
-    return 0;
+      argument[message.m_byNumber[n] - message.m_args] = n + 1;
   }
 };
 
