@@ -21,7 +21,7 @@ KLDTPXBAS_OSSTRING_C_API TPXOsString* TPXBasOsStringMake(const char* utf8);
 /* Destroys an OS string made by TPXBasOsStringMake; null is ignored. */
 KLDTPXBAS_OSSTRING_C_API void TPXBasOsStringRelease(TPXOsString* string);
 /* The zero-terminated UTF-16 units, valid until the string is released; null for a null
-   string. */
+   string or one that holds no UTF-16 form. */
 KLDTPXBAS_OSSTRING_C_API const unsigned short* TPXBasOsStringToOS(TPXOsString* string);
 
 /* Fortran entry points. Every argument is passed by reference; the lengths of the character
@@ -30,9 +30,10 @@ KLDTPXBAS_OSSTRING_C_API const unsigned short* TPXBasOsStringToOS(TPXOsString* s
 
    tpxbasstrlocaletoutf8(text, out) and tpxbasstrutf8tolocale(text, out) convert the whole
    character variable text (trailing blanks included; a zero byte ends it) into out,
-   blank-padded, and give the length written; -1 when text is not valid in its encoding, -2
-   when out is too short (out is then untouched). tpxbasstrutf8tolocale throws the library's
-   OS-string cast exception when the locale cannot represent a character of text.
+   blank-padded, and give the length written; -1 when text is not valid in its encoding (or
+   memory runs out), -2 when out is too short (out is then untouched) and, for
+   tpxbasstrutf8tolocale, when the text has no locale form (a character the locale cannot
+   represent, or UTF-8 that is not strict). No entry point of this header throws.
 
    tpxbasstrutf8fortranopen(name, access, share, security, creation, flags, attributes,
    templ) opens the file named by the whole of name (pass trim(name)) and gives its

@@ -39,6 +39,17 @@ TEST(TPXBasPrfAnalysis, FirstEntryPointCallCreatesTheRegisteredSingletonOnce) {
   EXPECT_FALSE(mem_Testing::RegistryHas(name));
   TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Finalize();  // twice: harmless
 
+  // A Fortran caller never sees an exception: without memory for the singleton, or without
+  // arguments, the calls record nothing, as they always do.
+  mem_Testing::FailAllocationsAfter(0);
+  tpxbasprfiterbegin(&a, &b, &c, &d);
+  tpxbasprfiterend_(&a, &b, &c, &d);
+  mem_Testing::FailAllocationsAfter(-1);
+  EXPECT_FALSE(mem_Testing::RegistryHas(name));
+  tpxbasprfiterbegin(nullptr, &b, &c, &d);
+  tpxbasprfiterend(&a, &b, &c, nullptr);
+  EXPECT_FALSE(mem_Testing::RegistryHas(name));
+
   VANTERA::ProfilingDomains::Initialize();
   EXPECT_EQ(nullptr, VANTERA::ProfilingDomains::Solver);
   EXPECT_EQ(nullptr, VANTERA::ProfilingDomains::Eloop);

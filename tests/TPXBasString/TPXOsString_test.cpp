@@ -193,6 +193,11 @@ TEST(TPXOsStringFortran, ConvertsBlankPaddedVariables) {
       {"invalid utf-8", "C", tpxbasstrutf8tolocale, "\xC3\x28", 4, -1, "####"},
       {"cut sequence", kLatin1, tpxbasstrutf8tolocale, "caf\xC3", 8, -1, "########"},
       {"locale too short", kLatin1, tpxbasstrutf8tolocale, "caf\xC3\xA9", 3, -2, "###"},
+      // No locale form is a code for a Fortran caller, never an exception.
+      {"not in the locale", "C", tpxbasstrutf8tolocale, "\xC3\xA9", 8, -2, "########"},
+      {"overlong nul", "C.UTF-8", tpxbasstrutf8tolocale, "\xC0\x80xyz", 16, -2,
+       std::string(16, '#')},
+      {"encoded surrogate", "C.UTF-8", tpxbasstrutf8tolocale_, "\xED\xA0\x80", 4, -2, "####"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -202,10 +207,43 @@ TEST(TPXOsStringFortran, ConvertsBlankPaddedVariables) {
     EXPECT_EQ(c.result, c.entry(c.text.data(), out.data(), c.text.size(), out.size()));
     EXPECT_EQ(c.out, out);
   }
-  // A character the locale cannot hold is an exception, not a code.
-  ScopedCtype ctype("C");
-  char out[8];
-  EXPECT_EQ("cast Locale", Outcome([&] { tpxbasstrutf8tolocale("\xC3\xA9", out, 2, 8); }));
+}
+
+// Every entry point for C and Fortran, with memory failing at each step in turn: each gives
+// its documented result and no exception reaches the caller.
+TEST(TPXOsStringFortran, FailingAllocationsGiveCodesNeverExceptions) {
+  ScopedCtype ctype("C.UTF-8");
+  ASSERT_TRUE(ctype.ok);
+  char dirTemplate[] = "/tmp/kldosXXXXXX";
+  ASSERT_NE(nullptr, mkdtemp(dirTemplate));
+  const std::string name = std::string(dirTemplate) + "/caf\xC3\xA9.txt";
+  const int write = 0x40000000, always = 2, none = 0;
+  const std::string longText(300, 'x');  // past the conversions' stack buffers
+  for (long n = 0; n < 24; ++n) {
+    SCOPED_TRACE(n);
+    char out[512];
+    int results[4] = {};
+    TPXOsString* made = nullptr;
+    {
+      kld_test::AllocationFailureGuard fail(n);
+      EXPECT_EQ(
+          "ok", Outcome([&] {
+            results[0] = tpxbasstrlocaletoutf8(longText.data(), out, longText.size(), sizeof out);
+            results[1] = tpxbasstrutf8tolocale("caf\xC3\xA9", out, 5, sizeof out);
+            results[2] = tpxbasstrutf8fortranopen(name.data(), &write, &none, nullptr, &always,
+                                                  &none, nullptr, nullptr, name.size());
+            made = TPXBasOsStringMake(longText.c_str());
+            results[3] = TPXBasOsStringToOS(made) != nullptr;
+          }));
+    }
+    EXPECT_TRUE(results[0] == 300 || results[0] == -1) << results[0];
+    EXPECT_TRUE(results[1] == 5 || results[1] == -1) << results[1];
+    EXPECT_EQ(made != nullptr, results[3] == 1);
+    if (results[2] >= 0) close(results[2]);
+    TPXBasOsStringRelease(made);
+  }
+  unlink(name.c_str());
+  rmdir(dirTemplate);
 }
 
 TEST(TPXOsStringFortran, OpensWithTheDispositionAsked) {

@@ -53,9 +53,22 @@ void TPXBasCoreUtils_specific_initialize(int& tally) { kld::EnterUnit(g_specific
 
 void TPXBasCoreUtils_specific_finalize(int& tally) { kld::LeaveUnit(g_specificCount, tally); }
 
-void TPXBasCoreUtils_initializeC(void) { TPXBasCoreUtils_initialize(g_plainTally); }
+// The plain entry points are called from C: an exception (memory running out in a module's
+// set-up) must not reach the caller's frames, so it stops here and the library stays as far
+// as it got.
+void TPXBasCoreUtils_initializeC(void) {
+  try {
+    TPXBasCoreUtils_initialize(g_plainTally);
+  } catch (...) {
+  }
+}
 
-void TPXBasCoreUtils_finalizeC(void) { TPXBasCoreUtils_finalize(g_plainTally); }
+void TPXBasCoreUtils_finalizeC(void) {
+  try {
+    TPXBasCoreUtils_finalize(g_plainTally);
+  } catch (...) {
+  }
+}
 
 int DllMain(void*, unsigned long reason, void*) {
   switch (reason) {

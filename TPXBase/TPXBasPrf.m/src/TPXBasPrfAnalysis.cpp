@@ -23,12 +23,22 @@ VANTERA::ProfilingDomains::ProfilingDomains() = default;
 VANTERA::ProfilingDomains::~ProfilingDomains() = default;
 void VANTERA::ProfilingDomains::Initialize() {}
 
+// Fortran callers: no exception may reach their frames, so a profiling singleton that
+// cannot be made (memory ran out) records nothing, as it would record nothing anyway.
 void tpxbasprfiterbegin(int* a, int* b, int* c, int* d) {
-  TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Instance().IterationBegin(*a, *b, *c, *d);
+  if (a == nullptr || b == nullptr || c == nullptr || d == nullptr) return;
+  try {
+    TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Instance().IterationBegin(*a, *b, *c, *d);
+  } catch (...) {
+  }
 }
 
 void tpxbasprfiterend(int* a, int* b, int* c, int* d) {
-  TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Instance().IterationEnd(*a, *b, *c, *d);
+  if (a == nullptr || b == nullptr || c == nullptr || d == nullptr) return;
+  try {
+    TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis>::Instance().IterationEnd(*a, *b, *c, *d);
+  } catch (...) {
+  }
 }
 
 void tpxbasprfiterbegin_(int* a, int* b, int* c, int* d) { tpxbasprfiterbegin(a, b, c, d); }

@@ -137,13 +137,14 @@ void kld::RegisterOsConverter() {
   mem_ToOs::Register(g_converter);
 }
 
+// The C entry points never let an exception out: it cannot cross a C caller's frames.
 TPXOsString* TPXBasOsStringMake(const char* utf8) {
   try {
     TPXOsString* string = new TPXOsString(utf8, TPXOsString::OsUTF16);
     if (string->GetType() == TPXOsString::OsUTF16) return string;
     delete string;
-  } catch (const std::bad_alloc&) {
-    // A C caller gets null rather than an exception it cannot catch.
+  } catch (...) {
+    // Memory ran out: the caller gets null.
   }
   return nullptr;
 }
@@ -151,5 +152,6 @@ TPXOsString* TPXBasOsStringMake(const char* utf8) {
 void TPXBasOsStringRelease(TPXOsString* string) { delete string; }
 
 const unsigned short* TPXBasOsStringToOS(TPXOsString* string) {
-  return string != nullptr ? string->ToOS() : nullptr;
+  if (string == nullptr || string->GetType() != TPXOsString::OsUTF16) return nullptr;
+  return string->ToOS();
 }

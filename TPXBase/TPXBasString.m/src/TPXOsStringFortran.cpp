@@ -75,24 +75,38 @@ int OpenFlags(unsigned access, int creation) {
 
 }  // namespace
 
+// None of these entry points lets an exception out: it cannot cross the caller's C or Fortran
+// frames (the process would end). Every failure is one of the documented codes instead.
+
 int tpxbasstrlocaletoutf8(const char* text, char* out, size_t textLength, size_t outLength) {
-  const std::size_t length = TextLength(text, textLength);
-  if (length > INT_MAX) return kInvalid;
-  TPXString utf8;
-  if (!BuildFromLocaleBytes(utf8, text, length)) return kInvalid;
-  return Deliver(utf8.CastToCharPtr(), static_cast<std::size_t>(utf8.GetLengthInByte()), out,
-                 outLength);
+  try {
+    const std::size_t length = TextLength(text, textLength);
+    if (length > INT_MAX) return kInvalid;
+    TPXString utf8;
+    if (!BuildFromLocaleBytes(utf8, text, length)) return kInvalid;
+    return Deliver(utf8.CastToCharPtr(), static_cast<std::size_t>(utf8.GetLengthInByte()), out,
+                   outLength);
+  } catch (...) {
+    return kInvalid;  // memory ran out: nothing was converted
+  }
 }
 
 int tpxbasstrutf8tolocale(const char* text, char* out, size_t textLength, size_t outLength) {
-  const std::size_t length = TextLength(text, textLength);
-  if (length > INT_MAX) return kInvalid;
-  TPXString utf8;
-  if (utf8.BuildFromUTF8(text, static_cast<unsigned int>(length)) != TPXString::Success)
-    return kInvalid;
-  const TPXOsString os(utf8, TPXOsString::OsLocale);
-  const char* local = os.ToLocale();  // throws when the locale cannot represent the text
-  return Deliver(local, std::strlen(local), out, outLength);
+  try {
+    const std::size_t length = TextLength(text, textLength);
+    if (length > INT_MAX) return kInvalid;
+    TPXString utf8;
+    if (utf8.BuildFromUTF8(text, static_cast<unsigned int>(length)) != TPXString::Success)
+      return kInvalid;
+    const TPXOsString os(utf8, TPXOsString::OsLocale);
+    // No locale form: a character the locale cannot represent, or text the OS-string layer
+    // does not pass to the system (an overlong form, an encoded surrogate).
+    if (os.GetType() != TPXOsString::OsLocale) return kTooShort;
+    const char* local = os.ToLocale();
+    return Deliver(local, std::strlen(local), out, outLength);
+  } catch (...) {
+    return kInvalid;  // memory ran out: nothing was converted
+  }
 }
 
 int tpxbasstrutf8fortranopen(const char* name, const int* access, const int* /*share*/,
@@ -103,21 +117,26 @@ int tpxbasstrutf8fortranopen(const char* name, const int* access, const int* /*s
     errno = EINVAL;
     return -1;
   }
-  const int flags = OpenFlags(static_cast<unsigned>(*access), *creation);
-  TPXString utf8;
-  if (flags == -1 ||
-      utf8.BuildFromUTF8(name, static_cast<unsigned int>(nameLength)) != TPXString::Success ||
-      utf8.IsNull()) {
-    errno = EINVAL;
+  try {
+    const int flags = OpenFlags(static_cast<unsigned>(*access), *creation);
+    TPXString utf8;
+    if (flags == -1 ||
+        utf8.BuildFromUTF8(name, static_cast<unsigned int>(nameLength)) != TPXString::Success ||
+        utf8.IsNull()) {
+      errno = EINVAL;
+      return -1;
+    }
+    // The system takes names in the locale's form; a name the locale cannot hold opens nothing.
+    const TPXOsString os(utf8, TPXOsString::OsLocale);
+    if (os.GetType() != TPXOsString::OsLocale) {
+      errno = EILSEQ;
+      return -1;
+    }
+    return ::open(os.ToLocale(), flags, 0666);
+  } catch (...) {
+    errno = ENOMEM;
     return -1;
   }
-  // The system takes names in the locale's form; a name the locale cannot hold opens nothing.
-  const TPXOsString os(utf8, TPXOsString::OsLocale);
-  if (os.GetType() != TPXOsString::OsLocale) {
-    errno = EILSEQ;
-    return -1;
-  }
-  return ::open(os.ToLocale(), flags, 0666);
 }
 
 // gfortran appends an underscore to the names of external procedures.
