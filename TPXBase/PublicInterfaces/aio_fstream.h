@@ -10,8 +10,9 @@
 
 /// Input stream on a named file. open() takes the name in UTF-8 and opens it under its form
 /// in the process locale's encoding. A file that cannot be read sets the state to exactly
-/// failbit; so, for now, does a name the locale cannot represent. A file opened by the stream
-/// is owned by it. Positions are 64-bit.
+/// failbit. A name that is not valid UTF-8, or that the locale cannot represent, throws
+/// TPXBasOsStringCast ("Locale") before the stream is touched (state and file unchanged).
+/// A file opened by the stream is owned by it. Positions are 64-bit.
 class KLDTPXBAS_API aio_ifstream : public aio_istream {
  public:
   /// A stream attached to f (null: unattached).
@@ -32,7 +33,8 @@ class KLDTPXBAS_API aio_ifstreamCae : public aio_istream {
   long long tellg() const;
 };
 
-/// Output stream on a named file, name in UTF-8 as for aio_ifstream. open(name, true) creates
+/// Output stream on a named file, name in UTF-8 as for aio_ifstream (the same exception for a
+/// name without a locale form). open(name, true) creates
 /// a new file and refuses (state exactly failbit) a name that exists; open(name, false)
 /// appends, creating the file when missing. A file that cannot be opened sets the state to
 /// exactly failbit.

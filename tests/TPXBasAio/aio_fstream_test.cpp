@@ -118,6 +118,12 @@ TEST(aio_fstreamNames, Utf8NamesAreOpenedInTheLocaleForm) {
     EXPECT_THROW(out.open(bad.c_str(), false), TPXBasOsStringCast);
     EXPECT_EQ(0, in.rdstate() | out.rdstate());
   }
+  {
+    aio_test::ScopedCType utf8Locale("C.UTF-8");  // bytes that are not UTF-8 in any locale
+    aio_ifstream in;
+    EXPECT_THROW(in.open((dir / "\xff\xfe.txt").c_str()), TPXBasOsStringCast);
+    EXPECT_EQ(0, in.rdstate());
+  }
   aio_ofstreamCae cae;
   cae.open(latin1.c_str(), false);
   cae.print("!").flush();
