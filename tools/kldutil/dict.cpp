@@ -19,6 +19,8 @@ constexpr const char kHelp[] =
     "  - a line with no closing quote or an empty translation, an empty key, a zero byte,\n"
     "    or a line longer than 8191 bytes (skipped)\n"
     "  - a key defined again with a different translation (the last definition is used)\n"
+    "  - an overlong UTF-8 form in a key or translation, such as an encoded NUL (C0 80),\n"
+    "    which the conversion to the locale turns into the character it spells\n"
     "  - conversions of the translation that do not match the key's: another letter ('%d'\n"
     "    translated as '%s'), a missing or extra argument, an argument number out of range\n"
     "    or given twice, or a '%$' (the translation is then not used)\n"
@@ -100,6 +102,9 @@ struct Excerpt {
 void CheckNumbers(Report& report, int line, const char* which,
                   const atr_FormatConversions& conversions) {
   const int count = conversions.Count();
+  Bytes seen;  // seen[k - 1]: number k was given already
+  seen.Reserve(static_cast<size_t>(count));
+  for (int k = 0; k < count; ++k) seen.Push(0);
   for (int i = 0; i < count; ++i) {
     const atr_FormatConversion& c = conversions[i];
     if (!c.m_numbered) continue;
@@ -110,11 +115,38 @@ void CheckNumbers(Report& report, int line, const char* which,
                  which, c.m_number, c.m_format, count, c.m_argument);
       continue;
     }
-    for (int j = 0; j < i; ++j)
-      if (conversions[j].m_number == c.m_number) {
-        report.Add(line, "%s: argument number %d is given twice", which, c.m_number);
-        break;
-      }
+    if (seen[c.m_number - 1]) {
+      report.Add(line, "%s: argument number %d is given twice", which, c.m_number);
+      continue;
+    }
+    seen.Data()[c.m_number - 1] = 1;
+  }
+}
+
+/// Overlong UTF-8 forms: the library reads them as the characters they spell, but the
+/// conversion to the locale writes those characters out, so "\xC0\x80" becomes a real zero
+/// byte that cuts the message for C callers and "\xC0\xAF" a "/". Reports the first one.
+void CheckForms(Report& report, int line, const char* which, const char* text, int length) {
+  for (int at = 0; at < length;) {
+    int bytes = 0;
+    const int code = atr_utf8_to_ucs4(text + at, &bytes);
+    if (code < 0 || bytes < 1) return;  // not the library's UTF-8: reported elsewhere
+    if (bytes > atr_utf8_len(code)) {
+      char form[20] = "";
+      for (int i = 0; i < bytes; ++i)
+        std::snprintf(form + 4 * i, sizeof form - 4 * i, "\\x%02X",
+                      static_cast<unsigned char>(text[at + i]));
+      if (code == 0)
+        report.Add(line,
+                   "%s holds an encoded NUL (\"%s\") at byte %d: in locale mode it becomes a "
+                   "zero byte that ends the message",
+                   which, form, at);
+      else
+        report.Add(line, "%s holds an overlong form \"%s\" of U+%04X at byte %d", which, form,
+                   static_cast<unsigned>(code), at);
+      return;
+    }
+    at += bytes;
   }
 }
 
@@ -173,6 +205,8 @@ int CheckFile(const char* path) {
         ++loaded;
         definitions.Push(Definition{line.m_number, AppendText(arena, line.m_key, line.m_keyLength),
                                     AppendText(arena, line.m_text, line.m_textLength)});
+        CheckForms(report, line.m_number, "key", line.m_key, line.m_keyLength);
+        CheckForms(report, line.m_number, "translation", line.m_text, line.m_textLength);
         CheckConversions(report, line);
         break;
       case atr_DictLineIdentity:
@@ -228,7 +262,8 @@ int CheckFile(const char* path) {
   }
 
   report.Print();
-  std::printf("%s: %ld entries loaded, %zu problems\n", name, loaded, report.Count());
+  std::printf("%s: %ld %s loaded, %zu %s\n", name, loaded, loaded == 1 ? "entry" : "entries",
+              report.Count(), report.Count() == 1 ? "problem" : "problems");
   if (readError) {
     std::fprintf(stderr, "kldutil: %s: read error\n", name);
     return kUsage;

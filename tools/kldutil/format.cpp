@@ -2,7 +2,9 @@
 #include "kldutil.h"
 
 #include <cerrno>
+#include <cfloat>
 #include <climits>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -58,11 +60,16 @@ bool ParseUnsigned(const char* text, unsigned long long high, unsigned long long
   return *end == '\0' && errno == 0 && value <= high;
 }
 
-bool ParseReal(const char* text, double& value) {
+/// A finite number that fits the type: a value too large for it would only be rounded to
+/// infinity (written "inf" or "nan" it is taken as it stands).
+bool ParseReal(const char* text, double& value, double largest) {
   if (*text == '\0') return false;
   char* end;
+  errno = 0;
   value = std::strtod(text, &end);
-  return *end == '\0';
+  if (*end != '\0') return false;
+  if (!std::isfinite(value)) return errno != ERANGE;
+  return value <= largest && value >= -largest;
 }
 
 /// Reads TYPE:VALUE; false when the type is unknown or the value does not fit it.
@@ -92,7 +99,7 @@ bool ParseArgument(const char* arg, Argument& out) {
   }
   if (is("double") || is("float")) {
     out.type = is("float") ? Argument::Float : Argument::Double;
-    return ParseReal(value, out.real);
+    return ParseReal(value, out.real, is("float") ? FLT_MAX : DBL_MAX);
   }
   return false;
 }

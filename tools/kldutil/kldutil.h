@@ -67,7 +67,9 @@ using Bytes = Array<char>;
 size_t AppendText(Bytes& arena, const char* text, size_t length);
 
 /// Opens name for reading ("-" is standard input) or reports why it cannot on the standard
-/// error stream and gives null. displayName receives the name to use in messages.
+/// error stream and gives null: also for anything that is not a regular file ("FILE: not a
+/// regular file"; a FIFO is refused without blocking). displayName receives the name to use
+/// in messages.
 std::FILE* OpenInput(const char* name, const char*& displayName);
 void CloseInput(std::FILE* file);
 

@@ -5,7 +5,10 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <new>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -41,9 +44,24 @@ std::FILE* OpenInput(const char* name, const char*& displayName) {
     return stdin;
   }
   displayName = name;
-  std::FILE* file = std::fopen(name, "rb");
-  if (file == nullptr)
+  // Opened without blocking, so that a FIFO cannot stall the tool before it is refused.
+  int fd = ::open(name, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) {
     std::fprintf(stderr, "kldutil: %s: cannot open: %s\n", name, std::strerror(errno));
+    return nullptr;
+  }
+  struct stat info;
+  if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    ::close(fd);
+    std::fprintf(stderr, "kldutil: %s: not a regular file\n", name);
+    return nullptr;
+  }
+  ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+  std::FILE* file = ::fdopen(fd, "rb");
+  if (file == nullptr) {
+    std::fprintf(stderr, "kldutil: %s: cannot open: %s\n", name, std::strerror(errno));
+    ::close(fd);
+  }
   return file;
 }
 

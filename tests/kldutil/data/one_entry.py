@@ -1,0 +1,1 @@
+d['Open file'] = r'Ouvrir le fichier'
