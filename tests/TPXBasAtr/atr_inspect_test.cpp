@@ -3,6 +3,8 @@
 
 #include <cstdio>
 #include <map>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -98,6 +100,13 @@ TEST(atr_DictScanner, LoaderStoresExactlyTheScannedEntriesLastDefinitionFirst) {
   atr_trReleaseDB();
   EXPECT_EQ(0, atr_trLoadFile("/nonexistent"));  // remembered like a failed search
   EXPECT_EQ(0, atr_trLoadFile(file.c_str()));
+  // Neither a directory nor a FIFO nobody writes to is read (the FIFO must not block).
+  const std::string fifo = dir.Path() + "/dict.fifo";
+  ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
+  for (const std::string& path : {dir.Path(), fifo}) {
+    atr_trReleaseDB();
+    EXPECT_EQ(0, atr_trLoadFile(path.c_str())) << path;
+  }
   atr_trReleaseDB();
 }
 

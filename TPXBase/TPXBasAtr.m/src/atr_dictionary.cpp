@@ -11,6 +11,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 static constexpr const char kAssertPath[] = "TPXBase/TPXBasAtr.m/src/atr_translate";
 
@@ -342,12 +345,24 @@ const char* atr_dictionary::Lookup(const char* text) {
 
 namespace {
 
-/// Loads the file at path into the empty table; a file that cannot be read, or that gives no
-/// entry, leaves the count at -1.
+/// Loads the file at path into the empty table; a file that cannot be read, that is not a
+/// regular file (a directory, or a FIFO that would wait for a writer), or that gives no entry,
+/// leaves the count at -1.
 void LoadFrom(const char* path) {
   g_count = -1;
-  std::FILE* file = std::fopen(path, "r");
-  if (file == nullptr) return;
+  int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return;
+  struct stat info;
+  if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    ::close(fd);
+    return;
+  }
+  ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+  std::FILE* file = ::fdopen(fd, "r");
+  if (file == nullptr) {
+    ::close(fd);
+    return;
+  }
   int stored = atr_dictionary::ReadDictionary(file);
   std::fclose(file);
   if (stored > 0) g_count = stored;
