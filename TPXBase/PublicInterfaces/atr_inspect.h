@@ -13,10 +13,11 @@ enum atr_DictLineEnm {
   atr_DictLineEntry = 0,      ///< loaded: key and translation are stored
   atr_DictLineIdentity,       ///< the translation is written exactly as its key: not stored
   atr_DictLineInvalidUtf8,    ///< the translation is not valid UTF-8: skipped with a warning
-  atr_DictLineNoTranslation,  ///< no closing quote, or an empty translation: skipped
+  atr_DictLineNoTranslation,  ///< no closing quote after the assignment: skipped
   atr_DictLineUnusable,       ///< empty key, a zero byte in the line, or an escape that gives a
                               ///< zero byte: skipped
-  atr_DictLineOverLong        ///< longer than atr_DictScanner::MaxLine bytes: skipped whole
+  atr_DictLineOverLong        ///< a piece of a line longer than atr_DictScanner::MaxLine bytes
+                              ///< that holds no assignment: passed over like any such line
 };
 
 /// One line of a dictionary file that the reader looks at. The texts point into the scanner
@@ -31,18 +32,22 @@ struct atr_DictLine {
   const char* m_key;       ///< the unescaped key, zero-terminated; "" unless an entry
   int m_keyLength;         ///< bytes of m_key
   const char* m_text;      ///< the unescaped translation, zero-terminated; "" unless an entry
-  int m_textLength;        ///< bytes of m_text
+  int m_textLength;        ///< bytes of m_text (0 for an empty translation, which is an entry)
+  int m_piece;             ///< 0 for a whole line; 1, 2, ... for the pieces of a line longer
+                           ///< than atr_DictScanner::MaxLine, each read as a line of its own
+                           ///< (m_number stays the line's number)
 };
 
 /// Walks a dictionary file line by line exactly as the translation dictionary loads it, and
-/// says for each line that holds the assignment "'] = r'" (and for each over-long line) what
-/// the loader makes of it. Other lines (comments, headers, blank lines, assignments without a
-/// key) are passed over, as the loader passes over them.
-/// Reads from the stream's current position; the stream stays the caller's. Writes nothing
-/// to the standard error stream. Belongs to one thread; not copyable.
+/// says for each line that holds the assignment "'] = r'" (and for each piece of a line longer
+/// than MaxLine bytes, which the loader reads as several lines) what the loader makes of it. Other
+/// lines (comments, headers, blank lines, assignments without a key) are passed over, as the loader
+/// passes over them. Reads from the stream's current position; the stream stays the caller's.
+/// Writes nothing to the standard error stream. Belongs to one thread; not copyable.
 class KLDTPXBAS_API atr_DictScanner : public mem_AllocationOperators {
  public:
-  /// Longest line the reader takes, newline excluded.
+  /// Longest line the reader takes at once, newline excluded; the rest of a longer line is
+  /// read as the next line(s).
   static constexpr int MaxLine = 8191;
 
   explicit atr_DictScanner(std::FILE* file);
@@ -57,11 +62,13 @@ class KLDTPXBAS_API atr_DictScanner : public mem_AllocationOperators {
   bool Next(atr_DictLine& line);
 
  private:
-  bool ReadLine(int& length, bool& overLong);
+  bool ReadLine(int& length);
 
   std::FILE* m_file;
   char* m_buffer;  ///< the line, then room for the unescaped key and translation
   int m_number = 0;
+  int m_piece = 0;           ///< piece of the current line (0: the line is whole)
+  bool m_continues = false;  ///< the next read goes on with the current line
 };
 
 /// One conversion of a format text as the message formatter parses it.

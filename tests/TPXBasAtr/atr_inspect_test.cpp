@@ -12,6 +12,7 @@ struct Scanned {
   int number;
   atr_DictLineEnm kind;
   std::string rawKey, key, text;
+  int piece = 0;
 };
 
 std::vector<Scanned> Scan(const std::string& bytes) {
@@ -25,7 +26,8 @@ std::vector<Scanned> Scan(const std::string& bytes) {
     lines.push_back({line.m_number, line.m_kind,
                      std::string(line.m_rawKey, static_cast<size_t>(line.m_rawKeyLength)),
                      std::string(line.m_key, static_cast<size_t>(line.m_keyLength)),
-                     std::string(line.m_text, static_cast<size_t>(line.m_textLength))});
+                     std::string(line.m_text, static_cast<size_t>(line.m_textLength)),
+                     line.m_piece});
   std::fclose(in);
   return lines;
 }
@@ -43,8 +45,10 @@ const std::string kDictionary =
     "'] = r'no key'\n"                              // 10: passed over
     "d['Tab\\tx'] = r'It\\'s \\x41\\101\\q'  \r\n"  // 11
     "d['Long'] = r'" +
-    std::string(8200, 'y') + "'\n"  // 12
-    + "d['Last'] = r'Dernier'";     // 13: no newline at the end
+    std::string(8200, 'y') + "'\n"                                      // 12: two pieces
+    + "# " + std::string(8189, 'x') + "d['Split'] = r'Coup\xc3\xa9'\n"  // 13: the 2nd an entry
+    + "d['Exact'] = r'" + std::string(8175, 'z') + "'\n"                // 14: 8191 bytes, whole
+    + "d['Last'] = r'Dernier'";                                         // 15: no newline at the end
 
 TEST(atr_DictScanner, ClassifiesEveryLineAsTheLoaderDoes) {
   const std::vector<Scanned> expected = {
@@ -52,12 +56,17 @@ TEST(atr_DictScanner, ClassifiesEveryLineAsTheLoaderDoes) {
       {4, atr_DictLineIdentity, "Open", "", ""},
       {5, atr_DictLineInvalidUtf8, "Bad", "", ""},
       {6, atr_DictLineNoTranslation, "Cut", "", ""},
-      {7, atr_DictLineNoTranslation, "Empty", "", ""},
+      {7, atr_DictLineEntry, "Empty", "Empty", ""},  // replaces its message with ""
       {8, atr_DictLineUnusable, "", "", ""},
       {9, atr_DictLineUnusable, "Zero\\0", "", ""},
       {11, atr_DictLineEntry, "Tab\\tx", "Tab\tx", "It's AA\\q"},
-      {12, atr_DictLineOverLong, "", "", ""},
-      {13, atr_DictLineEntry, "Last", "Last", "Dernier"},
+      // A line longer than 8191 bytes is read as several lines, each parsed on its own.
+      {12, atr_DictLineNoTranslation, "Long", "", "", 1},
+      {12, atr_DictLineOverLong, "", "", "", 2},
+      {13, atr_DictLineOverLong, "", "", "", 1},
+      {13, atr_DictLineEntry, "Split", "Split", "Coup\xc3\xa9", 2},
+      {14, atr_DictLineEntry, "Exact", "Exact", std::string(8175, 'z')},
+      {15, atr_DictLineEntry, "Last", "Last", "Dernier"},
   };
   std::vector<Scanned> got = Scan(kDictionary);
   ASSERT_EQ(expected.size(), got.size());
@@ -68,6 +77,7 @@ TEST(atr_DictScanner, ClassifiesEveryLineAsTheLoaderDoes) {
     EXPECT_EQ(expected[i].rawKey, got[i].rawKey);
     EXPECT_EQ(expected[i].key, got[i].key);
     EXPECT_EQ(expected[i].text, got[i].text);
+    EXPECT_EQ(expected[i].piece, got[i].piece);
   }
 }
 
@@ -95,6 +105,11 @@ TEST(atr_DictScanner, LoaderStoresExactlyTheScannedEntriesLastDefinitionFirst) {
   }
   EXPECT_EQ(nullptr, atr_trLookup("Cut"));
   EXPECT_EQ(std::string("Ouvrir encore"), atr("Open", TPXBasStringMode(false)).CStr());
+  // An empty translation replaces the message; only a missing key keeps the English text.
+  EXPECT_EQ(std::string(""), atr("Empty", TPXBasStringMode(false)).CStr());
+  EXPECT_EQ(std::string(""), atr_raw("Empty", TPXBasStringMode(false)).CStr());
+  EXPECT_EQ(std::string("Cut"), atr("Cut", TPXBasStringMode(false)).CStr());
+  EXPECT_EQ(std::string("Coup\xc3\xa9"), atr("Split", TPXBasStringMode(false)).CStr());
 
   EXPECT_EQ(entries, atr_trLoadFile("/nonexistent"));  // a second load is a no-op
   atr_trReleaseDB();

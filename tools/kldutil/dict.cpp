@@ -16,8 +16,9 @@ constexpr const char kHelp[] =
     "entry that would not translate its message faithfully:\n"
     "  - a translation that is not valid UTF-8 (the library skips the line with a warning)\n"
     "  - an identity translation, written exactly as its key (not loaded)\n"
-    "  - a line with no closing quote or an empty translation, an empty key, a zero byte,\n"
-    "    or a line longer than 8191 bytes (skipped)\n"
+    "  - a line with no closing quote, an empty key or a zero byte (skipped)\n"
+    "  - an empty translation (loaded: the message becomes the empty text)\n"
+    "  - a line longer than 8191 bytes (read as several lines, each parsed on its own)\n"
     "  - a key defined again with a different translation (the last definition is used)\n"
     "  - an overlong UTF-8 form in a key or translation, such as an encoded NUL (C0 80),\n"
     "    which the conversion to the locale turns into the character it spells\n"
@@ -200,9 +201,18 @@ int CheckFile(const char* path) {
   long loaded = 0;
   while (scanner.Next(line)) {
     Excerpt key(line.m_rawKey, static_cast<size_t>(line.m_rawKeyLength));
+    if (line.m_piece == 1)
+      report.Add(line.m_number,
+                 "line longer than %d bytes: the library reads it as several lines of at most "
+                 "%d bytes, each parsed on its own",
+                 atr_DictScanner::MaxLine, atr_DictScanner::MaxLine);
     switch (line.m_kind) {
       case atr_DictLineEntry:
         ++loaded;
+        if (line.m_textLength == 0)
+          report.Add(line.m_number,
+                     "empty translation of '%s': the message is replaced by the empty text",
+                     key.m_text);
         definitions.Push(Definition{line.m_number, AppendText(arena, line.m_key, line.m_keyLength),
                                     AppendText(arena, line.m_text, line.m_textLength)});
         CheckForms(report, line.m_number, "key", line.m_key, line.m_keyLength);
@@ -217,16 +227,14 @@ int CheckFile(const char* path) {
                    key.m_text);
         break;
       case atr_DictLineNoTranslation:
-        report.Add(line.m_number,
-                   "no closing quote or an empty translation for '%s' (line skipped)", key.m_text);
+        report.Add(line.m_number, "no closing quote for '%s' (line skipped)", key.m_text);
         break;
       case atr_DictLineUnusable:
         report.Add(line.m_number,
                    "empty key or a zero byte in the key or translation of '%s' (line skipped)",
                    key.m_text);
         break;
-      case atr_DictLineOverLong:
-        report.Add(line.m_number, "line longer than %d bytes (skipped)", atr_DictScanner::MaxLine);
+      case atr_DictLineOverLong:  // a piece without an entry: reported with its line above
         break;
     }
   }

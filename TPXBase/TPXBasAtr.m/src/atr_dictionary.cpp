@@ -32,7 +32,7 @@ atr_DictEntry* g_entries = nullptr;
 
 constexpr char kMarker[] = "'] = r'";
 constexpr int kMarkerLength = sizeof(kMarker) - 1;
-constexpr int kLineBuffer = 8192;
+constexpr int kLineBuffer = atr_DictScanner::MaxLine + 1;
 constexpr long kMaxEntries = INT_MAX / static_cast<long>(sizeof(atr_DictEntry));
 
 void WarnInvalidUtf8(const atr_DictLine& line) {
@@ -188,34 +188,48 @@ atr_DictScanner::atr_DictScanner(std::FILE* file)
 
 atr_DictScanner::~atr_DictScanner() { mem_Free(m_buffer); }
 
-bool atr_DictScanner::ReadLine(int& length, bool& overLong) {
+// A line is read up to its newline, but never more than MaxLine bytes at once: the rest of a
+// longer line is read as the next line(s), each a piece parsed on its own. A line of exactly
+// MaxLine bytes ends at its newline and is not split.
+bool atr_DictScanner::ReadLine(int& length) {
   int n = 0;
-  int c;
-  overLong = false;
-  while ((c = getc_unlocked(m_file)) != EOF && c != '\n') {
-    if (n < kLineBuffer - 1)
-      m_buffer[n++] = static_cast<char>(c);
-    else
-      overLong = true;  // consumed whole: its entry could not be cut correctly
+  int c = EOF;
+  while (n < MaxLine && (c = getc_unlocked(m_file)) != EOF && c != '\n')
+    m_buffer[n++] = static_cast<char>(c);
+  const bool continued = m_continues;
+  m_continues = false;
+  if (n == MaxLine) {
+    int next = getc_unlocked(m_file);
+    if (next != '\n' && next != EOF) {
+      ungetc(next, m_file);
+      m_continues = true;
+    }
+  } else if (c == EOF && n == 0 && !continued) {
+    return false;
   }
-  if (c == EOF && n == 0) return false;
   m_buffer[n] = '\0';
   length = n;
-  ++m_number;
+  if (continued) {
+    ++m_piece;
+  } else {
+    ++m_number;
+    m_piece = m_continues ? 1 : 0;
+  }
   return true;
 }
 
 bool atr_DictScanner::Next(atr_DictLine& out) {
   if (m_buffer == nullptr || m_file == nullptr) return false;
   int length;
-  bool overLong;
-  while (ReadLine(length, overLong)) {
+  while (ReadLine(length)) {
     const char* line = m_buffer;
-    out = atr_DictLine{m_number, atr_DictLineOverLong, "", 0, "", 0, "", 0, "", 0};
-    if (overLong) return true;
+    out = atr_DictLine{m_number, atr_DictLineOverLong, "", 0, "", 0, "", 0, "", 0, m_piece};
     const char* marker = static_cast<const char*>(
         memmem(line, static_cast<std::size_t>(length), kMarker, kMarkerLength));
-    if (marker == nullptr) continue;  // comments, headers, blank lines
+    if (marker == nullptr) {
+      if (m_piece > 0) return true;  // a piece of a long line is shown, even without an entry
+      continue;                      // comments, headers, blank lines
+    }
     const char* firstQuote = static_cast<const char*>(std::memchr(line, '\'', marker + 1 - line));
     if (firstQuote == marker) continue;  // no key before the assignment
     out.m_rawKey = firstQuote + 1;
@@ -236,10 +250,10 @@ bool atr_DictScanner::Next(atr_DictLine& out) {
     }
     out.m_rawText = rest;
     out.m_rawTextLength = static_cast<int>(end - 1 - rest);
+    // An empty translation is an entry like any other: it replaces the message with the
+    // empty text.
     if (!atr_encoding_validate_sized(atr_EncodingUtf8, out.m_rawText, out.m_rawTextLength))
       out.m_kind = atr_DictLineInvalidUtf8;
-    else if (out.m_rawTextLength == 0)
-      out.m_kind = atr_DictLineNoTranslation;
     else if (out.m_rawTextLength == out.m_rawKeyLength &&
              std::memcmp(out.m_rawText, out.m_rawKey,
                          static_cast<std::size_t>(out.m_rawKeyLength)) == 0)
