@@ -1,4 +1,5 @@
-// Fuzz target: random sequences of TPXString edits on random valid UTF-8 agree with a plain
+// Fuzz target: random sequences of TPXString edits on random valid UTF-8 (encoded surrogates
+// and codes up to 0x1FFFFF included) agree with a plain
 // model over std::u32string; IsAscii() is never set while the text holds a multi-byte
 // character; copies taken before an edit keep their text; every result converts to UTF-16 and
 // back to itself.
@@ -15,9 +16,10 @@ void Check(bool ok) {
   if (!ok) std::abort();
 }
 
-// A small alphabet of every width, so that searches find something.
-const char32_t kAlphabet[] = {U'a',      U'b',      U' ',          U'A',     U'Z',
-                              U'\u00E9', U'\u20AC', U'\U0001F600', U'\u0100'};
+// A small alphabet of every width, so that searches find something, with an encoded
+// surrogate and the largest four-byte code: the string takes them as characters too.
+const char32_t kAlphabet[] = {U'a',      U'b',          U' ',      U'A',   U'Z',    U'\u00E9',
+                              U'\u20AC', U'\U0001F600', U'\u0100', 0xD800, 0x1FFFFF};
 
 class Input {
  public:
@@ -78,7 +80,9 @@ void CheckSame(const TPXString& s, const std::u32string& model) {
     Check(static_cast<char32_t>(last.CodeAsUTF32()) == model.back());
     Check(last - s.Begin() == static_cast<int>(model.size()) - 1);
   }
-  // UTF-16 and back.
+  // UTF-16 and back, for text that UTF-16 can hold (no lone surrogate, nothing past U+10FFFF).
+  for (char32_t c : model)
+    if ((c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) return;
   unsigned count = 0;
   Check(s.ConvertToUTF16(nullptr, &count) == TPXString::Success);
   std::vector<unsigned short> units(count + 1);

@@ -36,9 +36,10 @@ class KLDTPXBAS_API TPXChar : public mem_AllocationOperators {
   void ASCIIToUpper();
 
   /// The first character of the zero-terminated UTF-8 text ("" or null: the empty character).
-  /// An invalid or cut sequence, or a code above U+10FFFF, gives "?" and failure.
+  /// An invalid or cut sequence gives "?" and failure (overlong forms and surrogates are
+  /// characters like any other).
   Result BuildFromUTF8(const char* text);
-  /// A code above U+10FFFF gives "?" and failure.
+  /// Encoded with atr_utf8_from_ucs4: a code from 0x200000 up gives "?" and failure.
   Result BuildFromUTF32(unsigned int code);
   /// The first multibyte character of the process locale at text; "?" and failure when the
   /// locale cannot read it.

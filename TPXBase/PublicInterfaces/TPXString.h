@@ -51,9 +51,10 @@ class KLDTPXBAS_API TPXStringiterator : public mem_AllocationOperators {
 /// A UTF-8 string indexed by character. Copies share one representation until one of them is
 /// changed (atr_StringBase); a string and its copies belong to one thread at a time.
 ///
-/// The text is always well formed: lead bytes announce 1 to 4 bytes, every following byte is
-/// a continuation byte, no code point lies above U+10FFFF (overlong forms and encoded
-/// surrogates are accepted). IsAscii() is true only when every byte is below 0x80; then
+/// The text is always well formed by the lead-byte rules of the encoding routines
+/// (atr_utf8.h): lead bytes 0x00-0x7F, 0xC0-0xF7 announce 1 to 4 bytes and every following
+/// byte is a continuation byte. Overlong forms, encoded surrogates and codes up to 0x1FFFFF
+/// are accepted. IsAscii() is true only when every byte is below 0x80; then
 /// positions are byte offsets and indexing is constant time.
 ///
 /// A failed Build... leaves the BAD value: IsBAD() is true, GetLengthInByte() gives

@@ -16,7 +16,13 @@ TEST(TPXCharBuild, FromUtf8AndUtf32) {
       {"\xF0\x9F\x98\x80z", TPXChar::Success, 0x1F600, "\xF0\x9F\x98\x80"},
       {"\xC3\x28", TPXChar::Failure, '?', "?"},
       {"\x80", TPXChar::Failure, '?', "?"},
-      {"\xF4\x90\x80\x80", TPXChar::Failure, '?', "?"},
+      // The lead-byte rules only: overlong forms, surrogates and codes past U+10FFFF are read.
+      {"\xF4\x90\x80\x80", TPXChar::Success, 0x110000, "\xF4\x90\x80\x80"},
+      {"\xC0\x80", TPXChar::Success, 0, "\xC0\x80"},
+      {"\xED\xA0\x80", TPXChar::Success, 0xD800, "\xED\xA0\x80"},
+      {"\xF7\xBF\xBF\xBF", TPXChar::Success, 0x1FFFFF, "\xF7\xBF\xBF\xBF"},
+      {"\xF8\x88\x80\x80\x80", TPXChar::Failure, '?', "?"},
+      {"\xE2\x82", TPXChar::Failure, '?', "?"},
   };
   for (const Row& row : rows) {
     TPXChar c;
@@ -29,7 +35,13 @@ TEST(TPXCharBuild, FromUtf8AndUtf32) {
   EXPECT_STREQ("\xE2\x82\xAC", c.CastToCharPtr());
   EXPECT_FALSE(c.IsAscii());
   EXPECT_EQ('?', static_cast<char>(c));
-  EXPECT_EQ(TPXChar::Failure, c.BuildFromUTF32(0x110000));
+  EXPECT_EQ(TPXChar::Success, c.BuildFromUTF32(0x1FFFFF));
+  EXPECT_STREQ("\xF7\xBF\xBF\xBF", c.CastToCharPtr());
+  EXPECT_EQ(TPXChar::Success, c.BuildFromUTF32(0xDC00));
+  EXPECT_STREQ("\xED\xB0\x80", c.CastToCharPtr());
+  EXPECT_EQ(TPXChar::Failure, c.BuildFromUTF32(0x200000));
+  EXPECT_STREQ("?", c.CastToCharPtr());
+  EXPECT_EQ(TPXChar::Failure, c.BuildFromUTF32(0xFFFFFFFFu));
   EXPECT_STREQ("?", c.CastToCharPtr());
   EXPECT_EQ('?', TPXChar(static_cast<char>(0xE9)).ConvertToUTF32());
 }

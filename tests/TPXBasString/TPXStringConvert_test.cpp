@@ -23,9 +23,13 @@ TEST(TPXStringFromUtf8, ValidatesStructureAndRange) {
       {"lone continuation", "\x80", false, true},
       {"truncated at the end", "ab\xE2\x82", false, true},
       {"lead byte F8", "\xF8\x80\x80\x80\x80", false, true},
-      {"above U+10FFFF", "\xF4\x90\x80\x80", false, true},
+      // Every lead byte up to 0xF7 announces its sequence; the code is not checked.
+      {"above U+10FFFF", "\xF4\x90\x80\x80", true, false},
       {"U+10FFFF", "\xF4\x8F\xBF\xBF", true, false},
-      {"F5 lead", "\xF5\x80\x80\x80", false, true},
+      {"F5 lead", "\xF5\x80\x80\x80", true, false},
+      {"largest four-byte form", "\xF7\xBF\xBF\xBF", true, false},
+      {"missing continuation", "\xF7\xBF\xBF", false, true},
+      {"stray continuation after a sequence", "\xC3\xA9\xA9", false, true},
       {"overlong accepted", "\xC0\x80", true, false},
       {"encoded surrogate accepted", "\xED\xA0\x80", true, false},
       {"embedded zero byte", std::string("a\0b", 3), true, true},
@@ -100,9 +104,18 @@ TEST(TPXStringWChar, OneUnitPerCharacterQuestionMarkAboveBmp) {
   TPXString back;
   EXPECT_EQ(TPXString::Success, back.BuildFromWChar(out));
   EXPECT_EQ("a\xC3\xA9?", Text(back));
-  const unsigned short surrogate[] = {0x61, 0xD800, 0};
-  EXPECT_EQ(TPXString::Failure, back.BuildFromWChar(surrogate));
-  EXPECT_TRUE(back.IsBAD());
+  // Each unit is a character of its own: a surrogate pair is two encoded surrogates, and
+  // comes back as the same two units.
+  const unsigned short pair[] = {0xD83D, 0xDE00, 0};
+  EXPECT_EQ(TPXString::Success, back.BuildFromWChar(pair));
+  EXPECT_EQ("\xED\xA0\xBD\xED\xB8\x80", Text(back));
+  EXPECT_EQ(2, back.GetLengthInChar());
+  EXPECT_FALSE(back.IsAscii());
+  unsigned short units[3] = {1, 1, 1};
+  EXPECT_EQ(TPXString::Success, back.ConvertToWChar(units));
+  EXPECT_EQ(0xD83D, units[0]);
+  EXPECT_EQ(0xDE00, units[1]);
+  EXPECT_EQ(0, units[2]);
   const unsigned short ascii[] = {0x41, 0x42, 0};
   EXPECT_EQ(TPXString::Success, back.BuildFromWChar(ascii));
   EXPECT_TRUE(back.IsAscii());

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -34,6 +35,44 @@ TEST(TPXStringIndexing, MixedWidthCharactersCountAsOne) {
   EXPECT_TRUE(ascii.IsAscii());
   EXPECT_EQ('c', static_cast<char>(ascii[2]));
   EXPECT_EQ(0u, ascii[3].ConvertToUTF32());
+}
+
+// Overlong forms, encoded surrogates and codes past U+10FFFF are characters like any other,
+// for every operation.
+TEST(TPXStringLooseForms, EveryOperationTakesThemAsCharacters) {
+  const TPXString s("x\xC0\x80\xED\xA0\x80\xF7\xBF\xBF\xBFy");
+  EXPECT_FALSE(s.IsBAD());
+  EXPECT_EQ(5, s.GetLengthInChar());
+  EXPECT_EQ(11, s.GetLengthInByte());
+  std::vector<int> codes;
+  for (TPXStringiterator it = s.Begin(); it.NotDone(); ++it) codes.push_back(it.CodeAsUTF32());
+  EXPECT_EQ((std::vector<int>{'x', 0, 0xD800, 0x1FFFFF, 'y'}), codes);
+  EXPECT_EQ(0x1FFFFF, (s.End() - 2).CodeAsUTF32());
+  EXPECT_STREQ("\xF7\xBF\xBF\xBF", s[3].CastToCharPtr());
+  EXPECT_EQ(2, s.FindPosition(TPXString("\xED\xA0\x80"), 0));
+  EXPECT_EQ(4, s.FindPosition(TPXString("y"), 1));
+
+  TPXString edited = s;
+  edited.Insert(3, TPXString("\xC3\xA9")).Remove(1, 2);
+  EXPECT_EQ("x\xC3\xA9\xF7\xBF\xBF\xBFy", Text(edited));
+  EXPECT_EQ(4, edited.GetLengthInChar());
+  EXPECT_EQ(5, s.GetLengthInChar()) << "the copy it shared with is untouched";
+
+  const TPXString high("\xED\xA0\x80\xF7\xBF\xBF\xBF");
+  unsigned short units[4] = {1, 1, 1, 1};
+  unsigned count = 0;
+  EXPECT_EQ(TPXString::Success, high.ConvertToUTF16(units, &count));
+  EXPECT_EQ(3u, count);  // the surrogate as it is, then a pair by the usual arithmetic
+  EXPECT_EQ((std::vector<unsigned short>{0xD800, 0xDFBF, 0xDFFF}),
+            std::vector<unsigned short>(units, units + 3));
+  unsigned short wide[3] = {1, 1, 1};
+  EXPECT_EQ(TPXString::Success, high.ConvertToWChar(wide));
+  EXPECT_EQ((std::vector<unsigned short>{0xD800, '?', 0}),
+            std::vector<unsigned short>(wide, wide + 3));
+  char utf8[16];
+  unsigned length = sizeof utf8;
+  EXPECT_EQ(TPXString::Success, high.ConvertToUTF8(utf8, &length));
+  EXPECT_EQ(7u, length);
 }
 
 TEST(TPXStringIterator, WalksForwardBackAndByJumps) {

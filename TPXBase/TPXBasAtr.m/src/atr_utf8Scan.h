@@ -1,4 +1,5 @@
-// atr_utf8Scan.h: lead-byte table and word-at-a-time scanning used by the encoding routines.
+// atr_utf8Scan.h: the library's one UTF-8 scanner: the lead-byte table and word-at-a-time
+// scanning behind the encoding routines and the character-indexed string (TPXString).
 #ifndef ATR_UTF8SCAN_H
 #define ATR_UTF8SCAN_H
 
@@ -72,6 +73,61 @@ inline bool Utf8Valid(const unsigned char* p, const unsigned char* end) {
     p += n;
   }
   return true;
+}
+
+/// Result of ValidateKind for text that is not well formed.
+inline constexpr int kInvalid = -1;
+
+/// Whether the eight bytes at p are all below 0x80.
+inline bool AsciiWord(const unsigned char* p) { return (Load64(p) & kHighBits) == 0; }
+
+/// ValidateKind of the n bytes at p by the rules of Utf8Valid: kInvalid, 1 for text made of
+/// bytes below 0x80 only, 0 for valid text with multi-byte characters. No byte at or beyond
+/// p + n is read.
+inline int ValidateKind(const unsigned char* p, std::size_t n) {
+  const unsigned char* const end = p + n;
+  while (end - p >= 8 && AsciiWord(p)) p += 8;
+  while (p < end && *p < 0x80) ++p;
+  if (p == end) return 1;
+  return Utf8Valid(p, end) ? 0 : kInvalid;
+}
+
+/// Bytes from the character starting at b to the next one, in well-formed text: the lead
+/// byte's sequence length (a byte that announces none steps by one, as atr_utf8_next does).
+inline int StepLength(unsigned char b) {
+  const int n = kSequenceLength[b];
+  return n != 0 ? n : 1;
+}
+
+/// The code point of the well-formed sequence of len bytes (1 to 4) at p.
+inline unsigned int Decode(const unsigned char* p, int len) {
+  switch (len) {
+    case 1:
+      return p[0];
+    case 2:
+      return (static_cast<unsigned int>(p[0] & 0x1F) << 6) | (p[1] & 0x3F);
+    case 3:
+      return (static_cast<unsigned int>(p[0] & 0x0F) << 12) |
+             (static_cast<unsigned int>(p[1] & 0x3F) << 6) | (p[2] & 0x3F);
+    default:
+      return (static_cast<unsigned int>(p[0] & 0x07) << 18) |
+             (static_cast<unsigned int>(p[1] & 0x3F) << 12) |
+             (static_cast<unsigned int>(p[2] & 0x3F) << 6) | (p[3] & 0x3F);
+  }
+}
+
+/// Characters in n bytes of well-formed text: the bytes that are not continuation bytes
+/// (0x80-0xBF), counted a word at a time.
+inline int CountChars(const unsigned char* p, std::size_t n) {
+  std::size_t continuations = 0;
+  std::size_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    const std::uint64_t w = Load64(p + i);
+    // A continuation byte has its top bit set and the next one clear.
+    continuations += static_cast<std::size_t>(__builtin_popcountll(w & ~(w << 1) & kHighBits));
+  }
+  for (; i < n; ++i) continuations += (p[i] & 0xC0) == 0x80;
+  return static_cast<int>(n - continuations);
 }
 
 }  // namespace atr_utf8Scan

@@ -13,7 +13,8 @@
 static constexpr const char kAssertPath[] = "TPXBase/TPXBasString.m/src/TPXChar";
 
 namespace {
-constexpr unsigned int kMaxCode = 0x10FFFF;
+/// The first code point UTF-8 cannot encode in four bytes.
+constexpr unsigned int kNoEncoding = 0x200000;
 }  // namespace
 
 TPXChar::TPXChar(char c) : m_code(0), m_bytes{0, 0, 0, 0, 0} { *this = c; }
@@ -58,7 +59,7 @@ TPXChar::Result TPXChar::BuildFromUTF8(const char* text) {
   }
   int length = 0;
   const int code = atr_utf8_to_ucs4(text, &length);
-  if (code < 0 || static_cast<unsigned int>(code) > kMaxCode) {
+  if (code < 0) {
     SetUnknown();
     return Failure;
   }
@@ -74,7 +75,7 @@ TPXChar::Result TPXChar::BuildFromUTF8(const char* text) {
 
 TPXChar::Result TPXChar::BuildFromUTF32(unsigned int code) {
   char bytes[4];
-  const int length = code <= kMaxCode ? atr_utf8_from_ucs4(bytes, static_cast<int>(code)) : 0;
+  const int length = code < kNoEncoding ? atr_utf8_from_ucs4(bytes, static_cast<int>(code)) : 0;
   if (length <= 0) {
     SetUnknown();
     return Failure;

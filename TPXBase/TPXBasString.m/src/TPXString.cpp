@@ -4,8 +4,8 @@
 
 #include "KLDTPXBasAssert.h"
 #include "TPXBasException.h"
-#include "TPXStringScan.h"
 #include "atr_utf8.h"
+#include "atr_utf8Scan.h"
 
 #include <cstdio>
 #include <cstring>
@@ -13,8 +13,8 @@
 
 static constexpr const char kAssertPath[] = "TPXBase/TPXBasString.m/src/TPXString";
 
-using tpx_scan::CountChars;
-using tpx_scan::LeadLength;
+using atr_utf8Scan::CountChars;
+using atr_utf8Scan::StepLength;
 
 namespace {
 const unsigned char* Bytes(const char* p) { return reinterpret_cast<const unsigned char*>(p); }
@@ -72,7 +72,7 @@ void TPXString::RefreshIsAscii() {
   const int n = ByteCount();
   const unsigned char* p = Bytes(CastToCharPtr());
   bool ascii = true;
-  for (int i = 0; i < n && ascii; i += LeadLength(p[i])) ascii = p[i] < 0x80;
+  for (int i = 0; i < n && ascii; i += StepLength(p[i])) ascii = p[i] < 0x80;
   m_isAscii = ascii;
 }
 
@@ -88,7 +88,7 @@ int TPXString::ByteOffset(int index) const {
   if (m_isAscii) return index <= n ? index : -1;
   const unsigned char* p = Bytes(m_Buff);
   int pos = 0;
-  for (; index > 0 && pos < n; --index) pos += LeadLength(p[pos]);
+  for (; index > 0 && pos < n; --index) pos += StepLength(p[pos]);
   return index == 0 ? pos : -1;
 }
 
@@ -136,7 +136,7 @@ TPXChar TPXString::operator[](unsigned int i) const {
   const unsigned char* p = Bytes(m_Buff);
   const int n = ByteCount();
   int pos = 0;
-  for (; iPos > 0 && pos < n; --iPos) pos += LeadLength(p[pos]);
+  for (; iPos > 0 && pos < n; --iPos) pos += StepLength(p[pos]);
   if (pos >= n) {
     KLD_ASSERT(iPos == 0);
     return TPXChar();
@@ -307,7 +307,7 @@ TPXString& TPXString::ReplaceSubString(int start, int count, const TPXString& te
     const unsigned char* p = Bytes(m_Buff);
     for (int k = 0; k < count; ++k) {
       if (to >= n) return *this;
-      const int step = LeadLength(p[to]);
+      const int step = StepLength(p[to]);
       allSingle = allSingle && step == 1;
       to += step;
     }
@@ -424,7 +424,7 @@ TPXString TPXString::SubString(int start, int count) const {
   } else {
     const unsigned char* p = Bytes(m_Buff);
     for (int k = 0; k < count && to < n; ++k) {
-      const int step = LeadLength(p[to]);
+      const int step = StepLength(p[to]);
       allSingle = allSingle && step == 1;
       to += step;
     }

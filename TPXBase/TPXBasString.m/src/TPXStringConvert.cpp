@@ -3,8 +3,8 @@
 #include "DXLString.h"
 #include "DXLUnicodeString.h"
 #include "TPXString.h"
-#include "TPXStringScan.h"
 #include "atr_utf8.h"
+#include "atr_utf8Scan.h"
 
 #include <cctype>
 #include <climits>
@@ -12,8 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 
-using tpx_scan::Decode;
-using tpx_scan::LeadLength;
+using atr_utf8Scan::Decode;
+using atr_utf8Scan::StepLength;
 
 namespace {
 
@@ -117,10 +117,11 @@ TPXString::Result TPXString::BuildFromUTF8(const char* text, unsigned int byteCo
     Reset();
     return Success;
   }
-  const int kind = byteCount < static_cast<unsigned int>(ATR_TO_END)
-                       ? tpx_scan::Validate(reinterpret_cast<const unsigned char*>(text), byteCount)
-                       : tpx_scan::kInvalid;
-  if (kind == tpx_scan::kInvalid) {
+  const int kind =
+      byteCount < static_cast<unsigned int>(ATR_TO_END)
+          ? atr_utf8Scan::ValidateKind(reinterpret_cast<const unsigned char*>(text), byteCount)
+          : atr_utf8Scan::kInvalid;
+  if (kind == atr_utf8Scan::kInvalid) {
     ToBAD();
     return Failure;
   }
@@ -189,12 +190,9 @@ TPXString::Result TPXString::BuildFromWChar(const unsigned short* text) {
   unsigned long long total = 0;
   bool ascii = true;
   std::size_t count = 0;
+  // Each unit is a code point of its own, surrogates included: they are not paired here.
   for (; text[count] != 0; ++count) {
     const unsigned int u = text[count];
-    if (u >= 0xD800 && u <= 0xDFFF) {  // a 16-bit character is never half a pair
-      ToBAD();
-      return Failure;
-    }
     ascii = ascii && u < 0x80;
     total += u < 0x80 ? 1 : u < 0x800 ? 2 : 3;
     if (total >= static_cast<unsigned long long>(ATR_TO_END)) {
@@ -227,10 +225,10 @@ TPXString::Result TPXString::BuildFromLocale(const char* text) {
   const int written = atr_utf8_from_encoding(m_Buff, atr_EncodingLocale, text);
   // A locale's decoder could hand out a code point no UTF-8 text here may hold.
   const int kind = written == length
-                       ? tpx_scan::Validate(reinterpret_cast<const unsigned char*>(m_Buff),
-                                            static_cast<std::size_t>(length))
-                       : tpx_scan::kInvalid;
-  if (kind == tpx_scan::kInvalid) {
+                       ? atr_utf8Scan::ValidateKind(reinterpret_cast<const unsigned char*>(m_Buff),
+                                                    static_cast<std::size_t>(length))
+                       : atr_utf8Scan::kInvalid;
+  if (kind == atr_utf8Scan::kInvalid) {
     ToBAD();
     return Failure;
   }
@@ -307,13 +305,13 @@ TPXString::Result TPXString::ConvertToUTF16(unsigned short* out, unsigned int* c
   } else {
     int i = 0;
     while (i < n) {
-      if (i + 8 <= n && tpx_scan::AsciiWord(p + i)) {
+      if (i + 8 <= n && atr_utf8Scan::AsciiWord(p + i)) {
         for (int k = 0; k < 8; ++k) out[units + k] = p[i + k];
         units += 8;
         i += 8;
         continue;
       }
-      const int len = LeadLength(p[i]);
+      const int len = StepLength(p[i]);
       const unsigned int code = Decode(p + i, len);
       i += len;
       if (code > 0xFFFF) {
@@ -334,7 +332,7 @@ TPXString::Result TPXString::ConvertToWChar(unsigned short* out) const {
   const unsigned char* p = reinterpret_cast<const unsigned char*>(m_Buff);
   unsigned int units = 0;
   for (int i = 0; i < n;) {
-    const int len = m_isAscii ? 1 : LeadLength(p[i]);
+    const int len = m_isAscii ? 1 : StepLength(p[i]);
     const unsigned int code = Decode(p + i, len);
     i += len;
     out[units++] = static_cast<unsigned short>(code > 0xFFFF ? '?' : code);
@@ -383,7 +381,7 @@ DXLString TPXString::ToDXL() const {
   char* text = new (mem_BuiltInAlloc{}) char[static_cast<std::size_t>(n) + 1];
   int out = 0;
   for (int i = 0; i < n;) {
-    const int len = m_isAscii ? 1 : LeadLength(p[i]);
+    const int len = m_isAscii ? 1 : StepLength(p[i]);
     const unsigned int code = Decode(p + i, len);
     i += len;
     text[out++] = code >= 32 && code <= 126 ? static_cast<char>(code) : '?';
