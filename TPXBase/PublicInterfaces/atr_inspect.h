@@ -13,7 +13,7 @@ enum atr_DictLineEnm {
   atr_DictLineEntry = 0,      ///< loaded: key and translation are stored
   atr_DictLineIdentity,       ///< the translation is written exactly as its key: not stored
   atr_DictLineInvalidUtf8,    ///< the translation is not valid UTF-8: skipped with a warning
-  atr_DictLineNoTranslation,  ///< no closing quote after the assignment: skipped
+  atr_DictLineNoTranslation,  ///< the line ends right after the assignment: skipped
   atr_DictLineUnusable,       ///< empty key, a zero byte in the line, or an escape that gives a
                               ///< zero byte: skipped
   atr_DictLineOverLong        ///< a piece of a line longer than atr_DictScanner::MaxLine bytes
@@ -27,7 +27,9 @@ struct atr_DictLine {
   atr_DictLineEnm m_kind;  ///< what the reader does with the line
   const char* m_rawKey;    ///< the key as written (not zero-terminated; empty when over-long)
   int m_rawKeyLength;      ///< bytes of m_rawKey
-  const char* m_rawText;   ///< the translation as written, up to its closing quote
+  const char* m_rawText;   ///< the translation as written: up to the line's last character,
+                           ///< which the reader takes as the closing quote whatever it is
+                           ///< (m_rawText[m_rawTextLength] is that character)
   int m_rawTextLength;     ///< bytes of m_rawText
   const char* m_key;       ///< the unescaped key, zero-terminated; "" unless an entry
   int m_keyLength;         ///< bytes of m_key

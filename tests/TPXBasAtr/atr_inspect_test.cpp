@@ -35,10 +35,10 @@ std::vector<Scanned> Scan(const std::string& bytes) {
 const std::string kDictionary =
     "# header\n"                                    // 1: passed over
     "d['Open'] = r'Ouvrir'\n"                       // 2
-    "\n"                                            // 3: passed over
+    "d['Bare'] = r'\n"                              // 3: nothing after the assignment
     "d['Open'] = r'Open'\n"                         // 4
     "d['Bad'] = r'\xff'\n"                          // 5
-    "d['Cut'] = r'no quote\n"                       // 6
+    "d['Cut'] = r'no quote\n"                       // 6: the last character is dropped
     "d['Empty'] = r''\n"                            // 7
     "d[''] = r'Nothing'\n"                          // 8
     "d['Zero\\0'] = r'Null'\n"                      // 9
@@ -53,15 +53,17 @@ const std::string kDictionary =
 TEST(atr_DictScanner, ClassifiesEveryLineAsTheLoaderDoes) {
   const std::vector<Scanned> expected = {
       {2, atr_DictLineEntry, "Open", "Open", "Ouvrir"},
+      {3, atr_DictLineNoTranslation, "Bare", "", ""},
       {4, atr_DictLineIdentity, "Open", "", ""},
       {5, atr_DictLineInvalidUtf8, "Bad", "", ""},
-      {6, atr_DictLineNoTranslation, "Cut", "", ""},
+      {6, atr_DictLineEntry, "Cut", "Cut", "no quot"},
       {7, atr_DictLineEntry, "Empty", "Empty", ""},  // replaces its message with ""
       {8, atr_DictLineUnusable, "", "", ""},
       {9, atr_DictLineUnusable, "Zero\\0", "", ""},
-      {11, atr_DictLineEntry, "Tab\\tx", "Tab\tx", "It's AA\\q"},
+      // "\r\n" ends a line like "\n"; the blank before it is taken as the closing quote.
+      {11, atr_DictLineEntry, "Tab\\tx", "Tab\tx", "It's AA\\q' "},
       // A line longer than 8191 bytes is read as several lines, each parsed on its own.
-      {12, atr_DictLineNoTranslation, "Long", "", "", 1},
+      {12, atr_DictLineEntry, "Long", "Long", std::string(8175, 'y'), 1},
       {12, atr_DictLineOverLong, "", "", "", 2},
       {13, atr_DictLineOverLong, "", "", "", 1},
       {13, atr_DictLineEntry, "Split", "Split", "Coup\xc3\xa9", 2},
@@ -103,12 +105,12 @@ TEST(atr_DictScanner, LoaderStoresExactlyTheScannedEntriesLastDefinitionFirst) {
     ASSERT_NE(nullptr, found) << key;
     EXPECT_EQ(text, found) << key;
   }
-  EXPECT_EQ(nullptr, atr_trLookup("Cut"));
+  EXPECT_STREQ("no quot", atr_trLookup("Cut"));
   EXPECT_EQ(std::string("Ouvrir encore"), atr("Open", TPXBasStringMode(false)).CStr());
   // An empty translation replaces the message; only a missing key keeps the English text.
   EXPECT_EQ(std::string(""), atr("Empty", TPXBasStringMode(false)).CStr());
   EXPECT_EQ(std::string(""), atr_raw("Empty", TPXBasStringMode(false)).CStr());
-  EXPECT_EQ(std::string("Cut"), atr("Cut", TPXBasStringMode(false)).CStr());
+  EXPECT_EQ(std::string("Missing"), atr("Missing", TPXBasStringMode(false)).CStr());
   EXPECT_EQ(std::string("Coup\xc3\xa9"), atr("Split", TPXBasStringMode(false)).CStr());
 
   EXPECT_EQ(entries, atr_trLoadFile("/nonexistent"));  // a second load is a no-op

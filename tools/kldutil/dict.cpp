@@ -16,7 +16,9 @@ constexpr const char kHelp[] =
     "entry that would not translate its message faithfully:\n"
     "  - a translation that is not valid UTF-8 (the library skips the line with a warning)\n"
     "  - an identity translation, written exactly as its key (not loaded)\n"
-    "  - a line with no closing quote, an empty key or a zero byte (skipped)\n"
+    "  - a line with nothing after the assignment, an empty key or a zero byte (skipped)\n"
+    "  - a translation that does not end with a closing quote (its last character is\n"
+    "    dropped as if it were one; trailing blanks count)\n"
     "  - an empty translation (loaded: the message becomes the empty text)\n"
     "  - a line longer than 8191 bytes (read as several lines, each parsed on its own)\n"
     "  - a key defined again with a different translation (the last definition is used)\n"
@@ -206,6 +208,13 @@ int CheckFile(const char* path) {
                  "line longer than %d bytes: the library reads it as several lines of at most "
                  "%d bytes, each parsed on its own",
                  atr_DictScanner::MaxLine, atr_DictScanner::MaxLine);
+    const bool hasText = line.m_kind == atr_DictLineEntry || line.m_kind == atr_DictLineIdentity ||
+                         line.m_kind == atr_DictLineInvalidUtf8;
+    if (hasText && line.m_rawText[line.m_rawTextLength] != '\'')
+      report.Add(line.m_number,
+                 "translation of '%s' does not end with a closing quote: the library takes its "
+                 "last character '%c' for one and drops it",
+                 key.m_text, line.m_rawText[line.m_rawTextLength]);
     switch (line.m_kind) {
       case atr_DictLineEntry:
         ++loaded;
@@ -227,7 +236,8 @@ int CheckFile(const char* path) {
                    key.m_text);
         break;
       case atr_DictLineNoTranslation:
-        report.Add(line.m_number, "no closing quote for '%s' (line skipped)", key.m_text);
+        report.Add(line.m_number, "nothing after the assignment for '%s' (line skipped)",
+                   key.m_text);
         break;
       case atr_DictLineUnusable:
         report.Add(line.m_number,

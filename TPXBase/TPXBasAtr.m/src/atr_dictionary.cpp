@@ -239,12 +239,18 @@ bool atr_DictScanner::Next(atr_DictLine& out) {
       return true;
     }
 
-    // The translation ends at the closing quote; a carriage return and blanks after it are
-    // part of the line end.
+    // The translation is what follows the assignment up to the line's last character, which
+    // stands for the closing quote whatever it is (a "\r\n" line end counts as the "\n" it
+    // is in the text files the dictionaries come from). A piece of a long line, which ends
+    // without a newline, gives up its last two characters, as a line with its newline does.
     const char* rest = marker + kMarkerLength;
     const char* end = line + length;
-    while (end > rest && (end[-1] == '\r' || end[-1] == ' ' || end[-1] == '\t')) --end;
-    if (end == rest || end[-1] != '\'') {
+    if (m_continues) {
+      --end;
+    } else if (end > rest && end[-1] == '\r') {
+      --end;
+    }
+    if (end <= rest) {
       out.m_kind = atr_DictLineNoTranslation;
       return true;
     }
