@@ -14,8 +14,8 @@ enum atr_DictLineEnm {
   atr_DictLineIdentity,       ///< the translation is written exactly as its key: not stored
   atr_DictLineInvalidUtf8,    ///< the translation is not valid UTF-8: skipped with a warning
   atr_DictLineNoTranslation,  ///< the line ends right after the assignment: skipped
-  atr_DictLineUnusable,       ///< empty key, a zero byte in the line, or an escape that gives a
-                              ///< zero byte: skipped
+  atr_DictLineUnusable,       ///< a zero byte in the line: skipped (a zero byte made by an
+                              ///< escape ends the key or translation instead)
   atr_DictLineOverLong        ///< a piece of a line longer than atr_DictScanner::MaxLine bytes
                               ///< that holds no assignment: passed over like any such line
 };

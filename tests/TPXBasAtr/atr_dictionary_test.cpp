@@ -25,7 +25,7 @@ TEST(atr_DictionaryFixture, LoadsEveryUsableLineAsAHostWould) {
       {"Open the file\\@status", "Open the file"},  // no entry: the note is cut off
       {"Café", "Coffee shop"}, {"Twice", "Second"},  // the later definition wins
       {"Trailing blanks", "Blancs finaux'  "},  // the last character stands for the quote {"Windows line", "Ligne Windows"},
-      {"Nul translation", "Nul translation"},  // its translation is an escaped zero byte
+      {"Nul translation", ""},  // its translation is an escaped zero byte: it ends there
       {"Last line", "Dernière ligne"},  // no newline at the end of the file
       {"Open file ", "Open file "}, {"open file", "open file"},  // lookups are exact
       {"Zoom %d%%", "Zoom %1$d %%"},  // atr_raw interprets no conversion

@@ -57,9 +57,9 @@ TEST(atr_DictScanner, ClassifiesEveryLineAsTheLoaderDoes) {
       {4, atr_DictLineIdentity, "Open", "", ""},
       {5, atr_DictLineInvalidUtf8, "Bad", "", ""},
       {6, atr_DictLineEntry, "Cut", "Cut", "no quot"},
-      {7, atr_DictLineEntry, "Empty", "Empty", ""},  // replaces its message with ""
-      {8, atr_DictLineUnusable, "", "", ""},
-      {9, atr_DictLineUnusable, "Zero\\0", "", ""},
+      {7, atr_DictLineEntry, "Empty", "Empty", ""},       // replaces its message with ""
+      {8, atr_DictLineEntry, "", "", "Nothing"},          // an empty key is a key
+      {9, atr_DictLineEntry, "Zero\\0", "Zero", "Null"},  // the escaped zero ends the key
       // "\r\n" ends a line like "\n"; the blank before it is taken as the closing quote.
       {11, atr_DictLineEntry, "Tab\\tx", "Tab\tx", "It's AA\\q' "},
       // A line longer than 8191 bytes is read as several lines, each parsed on its own.

@@ -16,7 +16,7 @@ constexpr const char kHelp[] =
     "entry that would not translate its message faithfully:\n"
     "  - a translation that is not valid UTF-8 (the library skips the line with a warning)\n"
     "  - an identity translation, written exactly as its key (not loaded)\n"
-    "  - a line with nothing after the assignment, an empty key or a zero byte (skipped)\n"
+    "  - a line with nothing after the assignment or with a zero byte (skipped)\n"
     "  - a translation that does not end with a closing quote (its last character is\n"
     "    dropped as if it were one; trailing blanks count)\n"
     "  - an empty translation (loaded: the message becomes the empty text)\n"
@@ -218,6 +218,8 @@ int CheckFile(const char* path) {
     switch (line.m_kind) {
       case atr_DictLineEntry:
         ++loaded;
+        if (line.m_keyLength == 0)
+          report.Add(line.m_number, "empty key (loaded): only an empty message text finds it");
         if (line.m_textLength == 0)
           report.Add(line.m_number,
                      "empty translation of '%s': the message is replaced by the empty text",
@@ -240,9 +242,7 @@ int CheckFile(const char* path) {
                    key.m_text);
         break;
       case atr_DictLineUnusable:
-        report.Add(line.m_number,
-                   "empty key or a zero byte in the key or translation of '%s' (line skipped)",
-                   key.m_text);
+        report.Add(line.m_number, "zero byte in the line of '%s' (line skipped)", key.m_text);
         break;
       case atr_DictLineOverLong:  // a piece without an entry: reported with its line above
         break;

@@ -234,6 +234,8 @@ bool atr_DictScanner::Next(atr_DictLine& out) {
     if (firstQuote == marker) continue;  // no key before the assignment
     out.m_rawKey = firstQuote + 1;
     out.m_rawKeyLength = static_cast<int>(marker - out.m_rawKey);
+    // A zero byte in the line itself leaves the reading rule without a line end to count
+    // back from (the line as a text ends before its newline): such a line is not read.
     if (std::memchr(line, '\0', static_cast<std::size_t>(length)) != nullptr) {
       out.m_kind = atr_DictLineUnusable;
       return true;
@@ -276,17 +278,12 @@ bool atr_DictScanner::Next(atr_DictLine& out) {
     std::memcpy(text, out.m_rawText, static_cast<std::size_t>(out.m_rawTextLength));
     int textLength = atr_dictionary::Unescape(text, out.m_rawTextLength);
     text[textLength] = '\0';
-    // A zero byte produced by an escape would cut a text short: such a key could never equal
-    // a message text, and such a translation would lose its end.
-    if (keyLength == 0 || std::strlen(key) != static_cast<std::size_t>(keyLength) ||
-        std::strlen(text) != static_cast<std::size_t>(textLength)) {
-      out.m_kind = atr_DictLineUnusable;
-      return true;
-    }
+    // Keys and translations are zero-terminated texts: a zero byte made by an escape ends
+    // them there. An empty key is a key like any other.
     out.m_key = key;
-    out.m_keyLength = keyLength;
+    out.m_keyLength = static_cast<int>(std::strlen(key));
     out.m_text = text;
-    out.m_textLength = textLength;
+    out.m_textLength = static_cast<int>(std::strlen(text));
     return true;
   }
   return false;
