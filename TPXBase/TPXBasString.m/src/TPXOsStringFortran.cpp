@@ -38,7 +38,13 @@ bool BuildFromLocaleBytes(TPXString& result, const char* text, std::size_t lengt
   char* copy = length < sizeof small ? small : new (mem_BuiltInAlloc{}) char[length + 1];
   if (length != 0) std::memcpy(copy, text, length);
   copy[length] = 0;
-  const bool ok = result.BuildFromLocale(copy) == TPXString::Success;
+  bool ok = false;
+  try {
+    ok = result.BuildFromLocale(copy) == TPXString::Success;
+  } catch (...) {
+    if (copy != small) mem_deleteBuiltIn(copy);
+    throw;
+  }
   if (copy != small) mem_deleteBuiltIn(copy);
   return ok;
 }
