@@ -26,7 +26,14 @@ install(FILES ${PROJECT_BINARY_DIR}/KLDTPXBasCoreUtilsConfig.cmake
 
 # The .pc file finds its prefix from its own place, so an installed tree can be moved.
 file(RELATIVE_PATH KLD_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" KLD_PC_TO_PREFIX "${KLD_PC_TO_PREFIX}")  # no "//" in the paths
 configure_file(${PROJECT_SOURCE_DIR}/cmake/KLDTPXBasCoreUtils.pc.in
                ${PROJECT_BINARY_DIR}/KLDTPXBasCoreUtils.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/KLDTPXBasCoreUtils.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(TARGET KLDTPXBasAtiStd)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/KLDTPXBasAtiStd.pc.in
+                 ${PROJECT_BINARY_DIR}/KLDTPXBasAtiStd.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/KLDTPXBasAtiStd.pc
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()

@@ -1,5 +1,6 @@
 // KLDTPXBasCoreUtils_Lifecycle.cpp: nested initialise and finalise of the whole library.
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
+#include "KLDTPXBasCoreUtilsC.h"
 
 #include "TPXBasGenericsLib.h"
 #include "TPXBasPrfTrkLib.h"
@@ -52,6 +53,8 @@ void TPXBasCoreUtils_finalize(int& tally) {
 void TPXBasCoreUtils_specific_initialize(int& tally) { kld::EnterUnit(g_specificCount, tally); }
 
 void TPXBasCoreUtils_specific_finalize(int& tally) { kld::LeaveUnit(g_specificCount, tally); }
+
+const char* TPXBasCoreUtils_version(void) { return KLDTPXBASCOREUTILS_VERSION; }
 
 // The plain entry points are called from C: an exception (memory running out in a module's
 // set-up) must not reach the caller's frames, so it stops here and the library stays as far

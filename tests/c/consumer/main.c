@@ -1,8 +1,8 @@
 /* A C host: initialises the library with its own tally, makes, reads and releases UTF-16 OS
    strings, and finalises. The exit code says which step failed. */
-#include <KLDTPXBasCoreUtilsC.h>
-#include <TPXBasOsStringC.h>
+#include <KLDTPXBasCoreUtilsC.h> /* declares every entry point for C callers */
 #include <stdio.h>
+#include <string.h>
 
 static int SameUnits(const unsigned short* got, const unsigned short* expected) {
   for (;; ++got, ++expected) {
@@ -18,6 +18,7 @@ int main(void) {
   TPXOsString* text;
   TPXOsString* none;
 
+  if (strcmp(TPXBasCoreUtils_version(), KLDTPXBASCOREUTILS_VERSION) != 0) return 7;
   TPXBasCoreUtils_initializeC();
   text = TPXBasOsStringMake("A\xC3\xA9\xF0\x9F\x98\x80");
   if (text == NULL) return 2;
