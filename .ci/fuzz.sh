@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${FUZZ_SECONDS:-60}"
-bash scripts/setup-deps.sh fuzz
+bash scripts/setup-deps.sh build fuzz
 
 cmake --preset fuzz -DKLD_BUILD_TESTS=OFF -DKLD_BUILD_EXAMPLES=OFF >/dev/null
 targets=()

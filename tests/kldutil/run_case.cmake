@@ -7,6 +7,7 @@
 #   ENV        NAME=VALUE pairs set for the run; NAME= unsets
 #   RC         expected exit code
 #   OUT, ERR   files whose bytes the output must equal (relative to DATA/expected)
+#   STDOUT_TO  a file the standard output is written to instead of being compared
 #   OUT_MATCHES, ERR_MATCHES  regular expressions the output must match instead
 # An output with neither an expected file nor an expression must be empty.
 cmake_minimum_required(VERSION 3.25)
@@ -26,8 +27,14 @@ unset(ENV{LD_LIBRARY_PATH})
 if(NOT STDIN)
   set(STDIN /dev/null)
 endif()
-execute_process(COMMAND ${TOOL} ${ARGS} WORKING_DIRECTORY ${DATA} INPUT_FILE ${STDIN}
-  RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+if(STDOUT_TO)  # standard output goes to that file (a full device, say) instead
+  execute_process(COMMAND ${TOOL} ${ARGS} WORKING_DIRECTORY ${DATA} INPUT_FILE ${STDIN}
+    RESULT_VARIABLE rc OUTPUT_FILE ${STDOUT_TO} ERROR_VARIABLE err)
+  set(out "")
+else()
+  execute_process(COMMAND ${TOOL} ${ARGS} WORKING_DIRECTORY ${DATA} INPUT_FILE ${STDIN}
+    RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+endif()
 
 set(failed "")
 if(NOT rc STREQUAL RC)

@@ -23,7 +23,8 @@ constexpr const char kHelp[] =
     "  dict check check translation dictionaries as the library reads them\n"
     "  format     format one message as the library does, with its translation\n"
     "\n"
-    "Run 'kldutil COMMAND --help' for the options of a command.\n"
+    "Run 'kldutil COMMAND --help' (or 'kldutil help COMMAND') for the options of a command,\n"
+    "'kldutil --version' for the version of the library it runs on.\n"
     "\n"
     "Exit status: 0 success, 1 bad input found, 2 usage error or a file that cannot be read.\n";
 
@@ -104,10 +105,25 @@ int main(int argc, char** argv) {
     return kUsage;
   }
   const char* command = argv[1];
-  if (IsHelp(command) || std::strcmp(command, "help") == 0) return PrintHelp(kHelp);
+  // "kldutil help CMD [SUB]" is "kldutil CMD [SUB] --help".
+  char helpOption[] = "--help";
+  char* helpArgv[5] = {argv[0], nullptr, nullptr, nullptr, nullptr};
+  if (std::strcmp(command, "help") == 0 && argc >= 3) {
+    int n = 1;
+    helpArgv[n++] = argv[2];
+    if (argc >= 4) helpArgv[n++] = argv[3];
+    helpArgv[n++] = helpOption;
+    argc = n;
+    argv = helpArgv;
+    command = argv[1];
+  }
   int result;
   try {
-    if (std::strcmp(command, "natsort") == 0)
+    if (IsHelp(command) || std::strcmp(command, "help") == 0)
+      result = PrintHelp(kHelp);
+    else if (std::strcmp(command, "--version") == 0)
+      result = std::printf("kldutil %s\n", TPXBasCoreUtils_version()) < 0 ? kUsage : kOk;
+    else if (std::strcmp(command, "natsort") == 0)
       result = RunNatsort(argc - 2, argv + 2);
     else if (std::strcmp(command, "transcode") == 0)
       result = RunTranscode(argc - 2, argv + 2);
