@@ -51,3 +51,25 @@ function(kld_add_module_tests name)
   set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES
     ${CMAKE_CURRENT_BINARY_DIR}/${name}_tests_labels.cmake)
 endfunction()
+
+# A consumer test: installs the build into a fresh prefix, builds the consumer in
+# CONSUMER_DIR against it with find_package and with pkg-config, runs it and matches EXPECT
+# (tests/install/run_consumer.cmake).
+#   kld_add_consumer_test(<name> LANG <C|CXX> EXE <program> EXPECT <regex> [LABELS ...]
+#                         [DEFINES -D...])
+function(kld_add_consumer_test name)
+  cmake_parse_arguments(ARG "" "LANG;EXE;EXPECT" "LABELS;DEFINES" ${ARGN})
+  add_test(NAME ${name}
+    COMMAND ${CMAKE_COMMAND}
+      -DBUILD_DIR=${PROJECT_BINARY_DIR}
+      -DWORK_DIR=${CMAKE_CURRENT_BINARY_DIR}/${name}
+      -DCONSUMER_DIR=${CMAKE_CURRENT_SOURCE_DIR}/consumer
+      -DGENERATOR=${CMAKE_GENERATOR}
+      -DLANG=${ARG_LANG} -DEXE=${ARG_EXE} "-DEXPECT=${ARG_EXPECT}"
+      -DCOMPILER=${CMAKE_${ARG_LANG}_COMPILER}
+      "-DFLAGS=${CMAKE_${ARG_LANG}_FLAGS}"
+      "-DLINKER_FLAGS=${CMAKE_EXE_LINKER_FLAGS}"
+      ${ARG_DEFINES}
+      -P ${PROJECT_SOURCE_DIR}/tests/install/run_consumer.cmake)
+  set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 300 RUN_SERIAL ON)
+endfunction()
