@@ -82,6 +82,7 @@
 #include "atr_utf8.h"
 #include "cow_String.h"
 #include "mem_AllocationOperators.h"
+#include "mem_GlobalOperators.h"
 #include "omi_Singleton.h"
 
 #endif  // KLDTPXBASCOREUTILS_H

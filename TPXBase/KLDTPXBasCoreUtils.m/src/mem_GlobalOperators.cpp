@@ -1,5 +1,5 @@
 // mem_GlobalOperators.cpp: the global operator forms the library exports.
-#include "mem_AllocationOperators.h"
+#include "mem_GlobalOperators.h"
 
 #include <cstdlib>
 #include <new>

@@ -2,12 +2,12 @@
 #ifndef DXLSTRING_H
 #define DXLSTRING_H
 
-#include "KLDTPXBasExport.h"
+#include "DXLSysTSExport.h"
 
 #include <string>
 
 /// A byte string of the platform. Holds its own copy of the text; never null.
-class KLDTPXBAS_API DXLString {
+class DXLSYSTS_API DXLString {
  public:
   DXLString();
   /// Copies text; null gives the empty string.

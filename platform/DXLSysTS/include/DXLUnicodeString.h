@@ -2,13 +2,13 @@
 #ifndef DXLUNICODESTRING_H
 #define DXLUNICODESTRING_H
 
-#include "KLDTPXBasExport.h"
+#include "DXLSysTSExport.h"
 
 #include <string>
 
 /// A string of UTF-16 code units. Its length counts code units (a character above U+FFFF
 /// takes two), so 4 bytes per unit always hold its UTF-8 form.
-class KLDTPXBAS_API DXLUnicodeString {
+class DXLSYSTS_API DXLUnicodeString {
  public:
   DXLUnicodeString();
   /// From count UTF-16 units (copied); no validation.

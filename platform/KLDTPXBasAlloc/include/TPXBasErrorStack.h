@@ -2,10 +2,10 @@
 #ifndef TPXBASERRORSTACK_H
 #define TPXBASERRORSTACK_H
 
-#include "KLDTPXBasExport.h"
+#include "KLDTPXBasAllocExport.h"
 
 /// Collects texts (call stacks of thrown exceptions) while active. Thread-safe.
-class KLDTPXBAS_API TPXBasErrorStack {
+class KLDTPXBASALLOC_API TPXBasErrorStack {
  public:
   /// Whether texts are being collected (off unless switched on by mem_Testing).
   static bool Active();
@@ -15,7 +15,7 @@ class KLDTPXBAS_API TPXBasErrorStack {
 
 /// The calling thread's call stack as text, captured by the constructor into a 4096-byte
 /// buffer. The two status words after the buffer are both non-zero when the capture worked.
-class KLDTPXBAS_API TPXBasCallStack {
+class KLDTPXBASALLOC_API TPXBasCallStack {
  public:
   /// Captures at most maxFrames frames above the caller; context is reserved and may be null.
   TPXBasCallStack(int maxFrames, void* context);

@@ -2,12 +2,12 @@
 #ifndef TPXBASMEMALLOCATOR_H
 #define TPXBASMEMALLOCATOR_H
 
-#include "KLDTPXBasExport.h"
+#include "KLDTPXBasAllocExport.h"
 #include "TPXBasAllocatorBase.h"
 
 /// Draws straight from mem_Malloc and gives back with mem_Free. Stateless and thread-safe.
 /// Honours mem_Testing::FailAllocationsAfter like the mem_* functions.
-class KLDTPXBAS_API TPXBasMemAllocator : public TPXBasAllocatorBase {
+class KLDTPXBASALLOC_API TPXBasMemAllocator : public TPXBasAllocatorBase {
  public:
   TPXBasMemAllocator() = default;
   ~TPXBasMemAllocator() override;

@@ -2,12 +2,12 @@
 #ifndef TPXBASMEMCACHEMANAGER_H
 #define TPXBASMEMCACHEMANAGER_H
 
-#include "KLDTPXBasExport.h"
+#include "KLDTPXBasAllocExport.h"
 #include "mem_AllocationOperators.h"
 
 /// Base of a cache manager. While one exists, the allocation library knows it and can ask it
 /// to purge through the virtual Purge. At most one is known at a time: the newest.
-class KLDTPXBAS_API TPXBasMemCacheManager : public mem_AllocationOperators {
+class KLDTPXBASALLOC_API TPXBasMemCacheManager : public mem_AllocationOperators {
  public:
   TPXBasMemCacheManager();
   virtual ~TPXBasMemCacheManager();

@@ -2,7 +2,7 @@
 #ifndef MEM_TESTING_H
 #define MEM_TESTING_H
 
-#include "KLDTPXBasExport.h"
+#include "KLDTPXBasAllocExport.h"
 
 /// Seams for tests of out-of-memory paths, cache bookkeeping, singletons and error stacks.
 /// The controls are process-wide and thread-safe; tests restore what they change.
@@ -11,17 +11,17 @@ namespace mem_Testing {
 /// The next n allocations through the stand-in succeed and every later one fails (throws
 /// std::bad_alloc or returns null, as the entry point's form says); -1 turns failing off.
 /// Covers the mem_* allocating functions and TPXBasMemAllocator, not the global operator new.
-KLDTPXBAS_API void FailAllocationsAfter(long n);
+KLDTPXBASALLOC_API void FailAllocationsAfter(long n);
 /// Calls of mem_Acquire and mem_Release so far.
-KLDTPXBAS_API long AcquireCount();
-KLDTPXBAS_API long ReleaseCount();
+KLDTPXBASALLOC_API long AcquireCount();
+KLDTPXBASALLOC_API long ReleaseCount();
 /// While disabled, omi_SingletonRegistry::Instance() gives null.
-KLDTPXBAS_API void SetRegistryEnabled(bool enabled);
+KLDTPXBASALLOC_API void SetRegistryEnabled(bool enabled);
 /// Whether an object is registered under name.
-KLDTPXBAS_API bool RegistryHas(const char* name);
+KLDTPXBASALLOC_API bool RegistryHas(const char* name);
 /// Switches TPXBasErrorStack::Active(); ErrorStackDepth() counts the texts pushed so far.
-KLDTPXBAS_API void SetErrorStackActive(bool active);
-KLDTPXBAS_API int ErrorStackDepth();
+KLDTPXBASALLOC_API void SetErrorStackActive(bool active);
+KLDTPXBASALLOC_API int ErrorStackDepth();
 
 }  // namespace mem_Testing
 

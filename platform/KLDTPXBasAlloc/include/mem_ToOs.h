@@ -2,13 +2,13 @@
 #ifndef MEM_TOOS_H
 #define MEM_TOOS_H
 
-#include "KLDTPXBasExport.h"
+#include "KLDTPXBasAllocExport.h"
 
 class TPXToOsBase;
 
 /// Holds the converter that turns the library's strings into the operating system's forms.
 /// The converter is owned by whoever registers it; registering again replaces it.
-class KLDTPXBAS_API mem_ToOs {
+class KLDTPXBASALLOC_API mem_ToOs {
  public:
   static void Register(TPXToOsBase* converter);
   /// The converter registered last, or null.

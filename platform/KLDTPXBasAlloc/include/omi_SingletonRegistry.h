@@ -2,12 +2,12 @@
 #ifndef OMI_SINGLETONREGISTRY_H
 #define OMI_SINGLETONREGISTRY_H
 
-#include "KLDTPXBasExport.h"
+#include "KLDTPXBasAllocExport.h"
 
 /// Maps a singleton's type name to its object, so that the host can list what lives for the
 /// whole process. Thread-safe. The registry itself is never destroyed, so singletons torn down
 /// by the library's unload hook can still remove themselves.
-class KLDTPXBAS_API omi_SingletonRegistry {
+class KLDTPXBASALLOC_API omi_SingletonRegistry {
  public:
   /// The registry, or null while the test control has disabled it.
   static omi_SingletonRegistry* Instance();

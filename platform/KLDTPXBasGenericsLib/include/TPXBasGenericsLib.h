@@ -3,11 +3,11 @@
 #ifndef TPXBASGENERICSLIB_H
 #define TPXBASGENERICSLIB_H
 
-#include "KLDTPXBasExport.h"
+#include "TPXBasGenericsLibExport.h"
 
 /// Nested on the library's own count; the tally grows by 1 when the count goes from 0 to 1
 /// and shrinks by 1 when it returns to 0. The stand-in does no other work.
-KLDTPXBAS_API void TPXBasGenericsLib_initialize(int& tally);
-KLDTPXBAS_API void TPXBasGenericsLib_finalize(int& tally);
+KLDTPXBASGENERICS_API void TPXBasGenericsLib_initialize(int& tally);
+KLDTPXBASGENERICS_API void TPXBasGenericsLib_finalize(int& tally);
 
 #endif  // TPXBASGENERICSLIB_H

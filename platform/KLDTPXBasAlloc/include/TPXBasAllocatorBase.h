@@ -2,7 +2,7 @@
 #ifndef TPXBASALLOCATORBASE_H
 #define TPXBASALLOCATORBASE_H
 
-#include "KLDTPXBasExport.h"
+#include "KLDTPXBasAllocExport.h"
 #include "mem_AllocationOperators.h"
 
 class TPXBasAllocator;
@@ -11,7 +11,7 @@ class TPXBasAllocator;
 /// allocators are heap objects of the host allocation service; a TPXBasAllocator handle may
 /// own one (see TPXBasAllocator.h). Whether an allocator may be used by several threads at
 /// once is stated by each class.
-class KLDTPXBAS_API TPXBasAllocatorBase : public mem_AllocationOperators {
+class KLDTPXBASALLOC_API TPXBasAllocatorBase : public mem_AllocationOperators {
  public:
   TPXBasAllocatorBase() : m_word(0) {}
   virtual ~TPXBasAllocatorBase() {}

@@ -2,7 +2,7 @@
 #ifndef MEM_ALLOCATIONOPERATORS_H
 #define MEM_ALLOCATIONOPERATORS_H
 
-#include "KLDTPXBasExport.h"
+#include "KLDTPXBasAllocExport.h"
 #include "mem_Alloc.h"
 
 #include <cstddef>
@@ -51,14 +51,5 @@ template <class T>
 inline void mem_deleteBuiltIn(T** array) {
   mem_Free(array);
 }
-
-/// Global operators exported by the library: the plain forms behave as the standard ones
-/// (standard heap; on failure the installed new-handler, then std::bad_alloc); the forms that
-/// also take a block type, a file name and a line ignore the three and behave as the plain ones.
-KLDTPXBAS_API void* operator new(std::size_t size, int blockType, const char* file, int line);
-KLDTPXBAS_API void* operator new[](std::size_t size, int blockType, const char* file, int line);
-KLDTPXBAS_API void operator delete(void* block, int blockType, const char* file, int line) noexcept;
-KLDTPXBAS_API void operator delete[](void* block, int blockType, const char* file,
-                                     int line) noexcept;
 
 #endif  // MEM_ALLOCATIONOPERATORS_H
