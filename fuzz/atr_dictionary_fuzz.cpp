@@ -4,6 +4,7 @@
 // the load, the raw key of every line that has one is translated and formatted with
 // arguments, so that hostile translations reach the format parser too.
 #include "KLDTPXBasCoreUtils.h"
+#include "fuzz_Widths.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -42,6 +43,7 @@ const std::string& DictionaryFile() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (HasHugeField(reinterpret_cast<const char*>(data), size)) return 0;
   const std::string& file = DictionaryFile();
   std::FILE* out = std::fopen(file.c_str(), "wb");
   if (out == nullptr) std::abort();

@@ -4,6 +4,7 @@
 // the bytes of its value. Formats in which "%" is directly followed by "$" are broken
 // invariants of the calling program (fatal by design) and are skipped.
 #include "KLDTPXBasCoreUtils.h"
+#include "fuzz_Widths.h"
 
 #include <cstdint>
 #include <cstring>
@@ -111,6 +112,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::size_t formatLength = zero ? static_cast<const std::uint8_t*>(zero) - data : size;
   std::string format(begin, formatLength);
   if (format.find("%$") != std::string::npos) return 0;
+  if (HasHugeField(format.data(), format.size())) return 0;
   Reader args(data + formatLength, size - formatLength);
   if (!args.Done()) args.Take<std::uint8_t>();  // the zero byte
 
