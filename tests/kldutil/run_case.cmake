@@ -7,7 +7,8 @@
 #   ENV        NAME=VALUE pairs set for the run; NAME= unsets
 #   RC         expected exit code
 #   OUT, ERR   files whose bytes the output must equal (relative to DATA/expected)
-#   STDOUT_TO  a file the standard output is written to instead of being compared
+#   STDOUT_TO  a file the standard output is written to instead; with OUT, the file is
+#              compared with the expected one byte for byte
 #   OUT_MATCHES, ERR_MATCHES  regular expressions the output must match instead
 # An output with neither an expected file nor an expression must be empty.
 cmake_minimum_required(VERSION 3.25)
@@ -31,6 +32,14 @@ if(STDOUT_TO)  # standard output goes to that file (a full device, say) instead
   execute_process(COMMAND ${TOOL} ${ARGS} WORKING_DIRECTORY ${DATA} INPUT_FILE ${STDIN}
     RESULT_VARIABLE rc OUTPUT_FILE ${STDOUT_TO} ERROR_VARIABLE err)
   set(out "")
+  if(OUT)  # compared byte for byte as files: the output may hold zero bytes
+    execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${STDOUT_TO}
+                    ${DATA}/expected/${OUT} RESULT_VARIABLE differs)
+    if(differs)
+      message(FATAL_ERROR "kldutil ${ARGS}: ${STDOUT_TO} differs from expected/${OUT}")
+    endif()
+    set(OUT "")  # done: a normal variable hides the cached one
+  endif()
 else()
   execute_process(COMMAND ${TOOL} ${ARGS} WORKING_DIRECTORY ${DATA} INPUT_FILE ${STDIN}
     RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <getopt.h>
 #include <new>
 
 namespace kldutil {
@@ -86,6 +87,35 @@ inline bool IsHelp(const char* arg) {
 
 /// Prints help on the standard output and gives kOk.
 int PrintHelp(const char* text);
+
+/// getopt_long over a subcommand's arguments (each subcommand gives one table), with the
+/// tool's own usage messages. Options may come anywhere; "--" ends them. Not reentrant: one
+/// parse at a time, as getopt itself.
+class ParseOptions {
+ public:
+  ParseOptions(const char* command, int argc, char** argv, const char* shortOptions,
+               const option* longOptions);
+  bool Ok() const { return m_argv.Size() > 0; }
+  /// The next option (its letter or long value), or -1 when the options are done.
+  int Next();
+  /// The argument of the option Next just gave.
+  const char* Argument() const;
+  /// Reports the option Next could not take (unknown, or its argument missing) as a usage
+  /// error of the command; gives kUsage.
+  int Error() const;
+  /// The operands left after the options, in order (valid once Next gave -1).
+  int OperandCount() const { return m_argc - m_first; }
+  char* Operand(int i) const { return m_argv.Data()[m_first + i]; }
+
+ private:
+  const char* m_command;
+  int m_argc;
+  Array<char*> m_argv;  ///< the command's name, the arguments, a null: getopt's own view
+  const char* m_short;
+  const option* m_long;
+  int m_first = 1;
+  int m_last = 0;  ///< what Next gave last
+};
 
 int RunNatsort(int argc, char** argv);
 int RunTranscode(int argc, char** argv);

@@ -91,6 +91,35 @@ int UsageError(const char* command, const char* format, ...) {
   return kUsage;
 }
 
+ParseOptions::ParseOptions(const char* command, int argc, char** argv, const char* shortOptions,
+                           const option* longOptions)
+    : m_command(command), m_argc(argc + 1), m_short(shortOptions), m_long(longOptions) {
+  m_argv.Push(const_cast<char*>(command));
+  for (int i = 0; i < argc; ++i) m_argv.Push(argv[i]);
+  m_argv.Push(nullptr);
+  optind = 0;  // a fresh scan
+  opterr = 0;  // the messages are ours
+}
+
+int ParseOptions::Next() {
+  // A leading ':' makes a missing argument ':' rather than '?'.
+  char shortOptions[64] = ":";
+  std::strncat(shortOptions, m_short, sizeof(shortOptions) - 2);
+  m_last = getopt_long(m_argc, m_argv.Data(), shortOptions, m_long, nullptr);
+  if (m_last == -1) m_first = optind;
+  return m_last;
+}
+
+const char* ParseOptions::Argument() const { return optarg; }
+
+int ParseOptions::Error() const {
+  const char* arg = optind > 0 && optind <= m_argc ? m_argv.Data()[optind - 1] : "";
+  if (m_last == ':') return UsageError(m_command, "option '%s' needs an argument", arg);
+  if (optopt != 0 && arg[0] == '-' && arg[1] != '-')
+    return UsageError(m_command, "unknown option '-%c'", optopt);
+  return UsageError(m_command, "unknown option '%s'", arg);
+}
+
 int PrintHelp(const char* text) {
   std::fputs(text, stdout);
   return kOk;
