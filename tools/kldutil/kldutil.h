@@ -50,6 +50,11 @@ class Array {
     m_data = data;
     m_capacity = capacity;
   }
+  /// Grows or shrinks to n values; values added are left uninitialised.
+  void Resize(size_t n) {
+    Reserve(n);
+    m_size = n;
+  }
   T* Data() { return m_data; }
   const T* Data() const { return m_data; }
   size_t Size() const { return m_size; }
