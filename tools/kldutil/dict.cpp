@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <getopt.h>
 
 namespace kldutil {
 namespace {
@@ -296,20 +297,14 @@ int RunDict(int argc, char** argv) {
   if (IsHelp(argv[0])) return PrintHelp(kDictHelp);
   if (std::strcmp(argv[0], "check") != 0)
     return UsageError("dict", "unknown subcommand '%s' (use check)", argv[0]);
-  Array<const char*> files;
-  bool options = true;
-  for (int i = 1; i < argc; ++i) {
-    const char* arg = argv[i];
-    if (options && arg[0] == '-' && arg[1] != '\0') {
-      if (IsHelp(arg)) return PrintHelp(kHelp);
-      if (std::strcmp(arg, "--") == 0) {
-        options = false;
-        continue;
-      }
-      return UsageError("dict check", "unknown option '%s'", arg);
-    }
-    files.Push(arg);
+  static const option kOptions[] = {{"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
+  ParseOptions parse("dict check", argc - 1, argv + 1, "h", kOptions);
+  for (int c; (c = parse.Next()) != -1;) {
+    if (c == 'h') return PrintHelp(kHelp);
+    return parse.Error();
   }
+  Array<const char*> files;
+  for (int i = 0; i < parse.OperandCount(); ++i) files.Push(parse.Operand(i));
   if (files.Size() == 0) return UsageError("dict check", "no dictionary file given");
   int result = kOk;
   for (size_t i = 0; i < files.Size(); ++i) result = std::max(result, CheckFile(files[i]));

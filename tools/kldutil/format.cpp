@@ -9,12 +9,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <getopt.h>
 
 namespace kldutil {
 namespace {
 
 constexpr const char kHelp[] =
-    "Usage: kldutil format [--dict FILE] [--locale] [--conversions] FORMAT [TYPE:VALUE...]\n"
+    "Usage: kldutil format [--dict FILE] [--locale] [--conversions] [--strict] FORMAT\n"
+    "                      [TYPE:VALUE...]\n"
     "Format one message from the printf-style FORMAT and the arguments exactly as the\n"
     "library builds its messages, and write it to the standard output.\n"
     "\n"
@@ -30,10 +32,16 @@ constexpr const char kHelp[] =
     "  --locale        texts in and out are in the locale's encoding (default: UTF-8)\n"
     "  --conversions   list the conversions of the text used, one per line, before the\n"
     "                  message: 'argument N: CONVERSION (letter L, number M)'\n"
+    "  --strict        a warning below is an error (exit 1)\n"
     "  -h, --help      show this help\n"
     "\n"
-    "Exit status: 0 success, 1 a FORMAT the library cannot format (it holds '%$'),\n"
-    "2 usage error or a dictionary that cannot be read.\n";
+    "Warnings on the standard error stream: an argument missing (the conversion shows as\n"
+    "'%s') or extra (not shown), a text given for a number conversion (shown as it is), and\n"
+    "a '%' followed by a flag the formatter does not know ('+', ' ', '#', ...: the '%'\n"
+    "vanishes and the rest shows as text). The message is written all the same.\n"
+    "\n"
+    "Exit status: 0 success, 1 a FORMAT the library cannot format (it holds '%$') or a\n"
+    "warning under --strict, 2 usage error or a dictionary that cannot be read.\n";
 
 /// One argument of the message, as typed on the command line.
 struct Argument {
@@ -127,6 +135,59 @@ void Substitute(atr_translate& message, int n, const Argument& a, TPXBasStringMo
   }
 }
 
+/// Warns about arguments that do not fit the conversions of the text used; gives the count.
+int WarnArguments(const atr_FormatConversions& conversions, const Array<Argument>& arguments) {
+  int warnings = 0;
+  const int count = conversions.Count();
+  const int given = static_cast<int>(arguments.Size());
+  for (int n = 1; n <= count || n <= given; ++n) {
+    const atr_FormatConversion* c = conversions.ForArgument(n);
+    if (n > given) {
+      std::fprintf(stderr,
+                   "kldutil format: warning: argument %d (\"%s\") is missing: it shows as "
+                   "\"%%s\"\n",
+                   n, c->m_format);
+    } else if (n > count) {
+      std::fprintf(stderr,
+                   "kldutil format: warning: argument %d is extra: the text has %d "
+                   "conversion%s; it is not shown\n",
+                   n, count, count == 1 ? "" : "s");
+    } else if (arguments[static_cast<size_t>(n - 1)].type == Argument::Text && c->m_letter != 's') {
+      std::fprintf(stderr,
+                   "kldutil format: warning: argument %d is a text for \"%s\": it is "
+                   "shown as it is\n",
+                   n, c->m_format);
+    } else {
+      continue;
+    }
+    ++warnings;
+  }
+  return warnings;
+}
+
+/// Warns about each "%" whose next character is neither a conversion character nor one the
+/// formatter reads as part of one: the "%" vanishes and the rest shows as text.
+int WarnFlags(const char* text) {
+  int warnings = 0;
+  for (const char* p = text; (p = std::strchr(p, '%')) != nullptr;) {
+    if (p[1] == '%') {
+      p += 2;
+      continue;
+    }
+    const char* q = p + 1;
+    while (*q != '\0' && std::strchr("0123456789.-l$", *q) != nullptr) ++q;
+    if (*q != '\0' && std::strchr("EXcdefgosux", *q) == nullptr) {
+      std::fprintf(stderr,
+                   "kldutil format: warning: \"%.*s\" is not a conversion: the flag '%c' "
+                   "is not one the formatter knows; the '%%' vanishes and the rest shows as text\n",
+                   static_cast<int>(q - p + 1), p, *q);
+      ++warnings;
+    }
+    p = *q != '\0' ? q + 1 : q;
+  }
+  return warnings;
+}
+
 void ListConversions(const atr_FormatConversions& conversions) {
   for (int n = 1; n <= conversions.Count(); ++n) {
     const atr_FormatConversion* c = conversions.ForArgument(n);
@@ -138,36 +199,41 @@ void ListConversions(const atr_FormatConversions& conversions) {
 }  // namespace
 
 int RunFormat(int argc, char** argv) {
+  enum { kDict = 1, kLocale, kConversions, kStrict };
+  static const option kOptions[] = {{"dict", required_argument, nullptr, kDict},
+                                    {"locale", no_argument, nullptr, kLocale},
+                                    {"conversions", no_argument, nullptr, kConversions},
+                                    {"strict", no_argument, nullptr, kStrict},
+                                    {"help", no_argument, nullptr, 'h'},
+                                    {nullptr, 0, nullptr, 0}};
   const char* dictionary = nullptr;
-  bool locale = false;
-  bool listConversions = false;
-  const char* format = nullptr;
-  Array<Argument> arguments;
-  bool options = true;
-  for (int i = 0; i < argc; ++i) {
-    const char* arg = argv[i];
-    if (format == nullptr && options && arg[0] == '-' && arg[1] != '\0') {
-      if (IsHelp(arg)) return PrintHelp(kHelp);
-      if (std::strcmp(arg, "--") == 0) {
-        options = false;
-      } else if (std::strcmp(arg, "--dict") == 0) {
-        if (i + 1 == argc) return UsageError("format", "option '--dict' needs a file");
-        dictionary = argv[++i];
-      } else if (std::strncmp(arg, "--dict=", 7) == 0) {
-        dictionary = arg + 7;
-      } else if (std::strcmp(arg, "--locale") == 0) {
+  bool locale = false, listConversions = false, strict = false;
+  // Options come before FORMAT, which may itself start with "-".
+  ParseOptions parse("format", argc, argv, "+h", kOptions);
+  for (int c; (c = parse.Next()) != -1;) {
+    switch (c) {
+      case kDict:
+        dictionary = parse.Argument();
+        break;
+      case kLocale:
         locale = true;
-      } else if (std::strcmp(arg, "--conversions") == 0) {
+        break;
+      case kConversions:
         listConversions = true;
-      } else {
-        return UsageError("format", "unknown option '%s'", arg);
-      }
-      continue;
+        break;
+      case kStrict:
+        strict = true;
+        break;
+      case 'h':
+        return PrintHelp(kHelp);
+      default:
+        return parse.Error();
     }
-    if (format == nullptr) {
-      format = arg;
-      continue;
-    }
+  }
+  const char* format = parse.OperandCount() > 0 ? parse.Operand(0) : nullptr;
+  Array<Argument> arguments;
+  for (int i = 1; i < parse.OperandCount(); ++i) {
+    const char* arg = parse.Operand(i);
     Argument a;
     if (!ParseArgument(arg, a))
       return UsageError("format",
@@ -208,7 +274,10 @@ int RunFormat(int argc, char** argv) {
     else
       std::printf("translation: %s (not used: it holds \"%%$\")\n", translation);
   }
-  if (listConversions) ListConversions(translated ? ofTranslation : ofFormat);
+  const atr_FormatConversions& used = translated ? ofTranslation : ofFormat;
+  if (listConversions) ListConversions(used);
+  int warnings = WarnArguments(used, arguments);
+  warnings += WarnFlags(translated ? translation : format);
 
   atr_translate message(format, mode);
   for (size_t i = 0; i < arguments.Size(); ++i)
@@ -216,7 +285,7 @@ int RunFormat(int argc, char** argv) {
   atr_String result = message.Result(mode);
   std::fwrite(result.CStr(), 1, result.Length(), stdout);
   std::putchar('\n');
-  return kOk;
+  return strict && warnings > 0 ? kBadInput : kOk;
 }
 
 }  // namespace kldutil

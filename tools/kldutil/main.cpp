@@ -103,8 +103,11 @@ ParseOptions::ParseOptions(const char* command, int argc, char** argv, const cha
 
 int ParseOptions::Next() {
   // A leading ':' makes a missing argument ':' rather than '?'.
-  char shortOptions[64] = ":";
-  std::strncat(shortOptions, m_short, sizeof(shortOptions) - 2);
+  // A leading '+' (stop at the first operand) must stay first.
+  char shortOptions[64] = "";
+  const bool stopAtOperand = m_short[0] == '+';
+  std::strcat(shortOptions, stopAtOperand ? "+:" : ":");
+  std::strncat(shortOptions, m_short + (stopAtOperand ? 1 : 0), sizeof(shortOptions) - 3);
   m_last = getopt_long(m_argc, m_argv.Data(), shortOptions, m_long, nullptr);
   if (m_last == -1) m_first = optind;
   return m_last;
