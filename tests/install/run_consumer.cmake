@@ -49,8 +49,14 @@ function(build_with_pkg_config source program)
   run(${PKG_CONFIG} --cflags --libs ${ARGN})
   string(STRIP "${last_output}" flags)
   separate_arguments(flags UNIX_COMMAND "${flags}")
-  run(${COMPILER} ${extra} -Wall -Wextra -Werror ${source} ${flags} -Wl,-rpath,${libdir}
-      -o ${WORK_DIR}/${program})
+  # The .pc files carry no language standard (C hosts use them too): a C++ host asks for
+  # C++17 itself, as it would in its own build.
+  set(standard "")
+  if(LANG STREQUAL "CXX")
+    set(standard -std=c++17)
+  endif()
+  run(${COMPILER} ${extra} ${standard} -Wall -Wextra -Werror ${source} ${flags}
+      -Wl,-rpath,${libdir} -o ${WORK_DIR}/${program})
   run(${WORK_DIR}/${program})
 endfunction()
 
