@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -38,6 +39,36 @@ void CheckConversions(const char* text, atr_FormatConversions::SourceMode source
 
 }  // namespace
 
+// An entry written back with the dictionary writer reads back as the same key and text (or
+// the writer refuses it and writes nothing).
+void CheckWrittenBack(const atr_DictLine& entry) {
+  char* bytes = nullptr;
+  std::size_t size = 0;
+  std::FILE* out = open_memstream(&bytes, &size);
+  if (out == nullptr) return;
+  const bool written =
+      atr_DictWriteEntry(out, entry.m_key, entry.m_keyLength, entry.m_text, entry.m_textLength);
+  std::fclose(out);
+  Check(written || size == 0);
+  if (written) {
+    std::FILE* in = fmemopen(bytes, size, "rb");
+    atr_DictScanner scanner(in);
+    atr_DictLine back;
+    Check(scanner.Next(back));
+    const bool same = entry.m_keyLength == entry.m_textLength &&
+                      std::memcmp(entry.m_key, entry.m_text, entry.m_textLength) == 0;
+    Check(back.m_kind == (same ? atr_DictLineIdentity : atr_DictLineEntry));
+    if (!same) {
+      Check(back.m_keyLength == entry.m_keyLength && back.m_textLength == entry.m_textLength);
+      Check(std::memcmp(back.m_key, entry.m_key, entry.m_keyLength) == 0);
+      Check(std::memcmp(back.m_text, entry.m_text, entry.m_textLength) == 0);
+    }
+    Check(!scanner.Next(back));
+    std::fclose(in);
+  }
+  std::free(bytes);
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   std::FILE* file = fmemopen(const_cast<std::uint8_t*>(data), size, "rb");
@@ -59,6 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Check(atr_encoding_validate_sized(atr_EncodingUtf8, line.m_rawText, line.m_rawTextLength));
     CheckConversions(line.m_key, atr_FormatConversions::AsFormat);
     CheckConversions(line.m_text, atr_FormatConversions::AsTranslation);
+    CheckWrittenBack(line);
   }
   std::fclose(file);
   return 0;

@@ -73,6 +73,18 @@ class KLDTPXBAS_API atr_DictScanner : public mem_AllocationOperators {
   bool m_continues = false;  ///< the next read goes on with the current line
 };
 
+/// Writes one dictionary entry line "d['KEY'] = r'TEXT'" and its newline, escaped so that the
+/// reader gives back exactly key and text (quotes, backslashes and line ends are escaped).
+/// A key written with itself as text is an identity line, which the reader does not store.
+/// False, and nothing written, when the pair cannot be written so: a zero byte, a text that
+/// is not valid UTF-8, a line longer than atr_DictScanner::MaxLine, or a write error.
+KLDTPXBAS_API bool atr_DictWriteEntry(std::FILE* out, const char* key, int keyLength,
+                                      const char* text, int textLength);
+
+/// The dictionary's key order, in which the loader sorts its keys and searches them: bytes
+/// compared as unsigned values, a prefix first. Below, equal to or above zero.
+KLDTPXBAS_API int atr_DictKeyCompare(const char* a, int aLength, const char* b, int bLength);
+
 /// One conversion of a format text as the message formatter parses it.
 struct atr_FormatConversion {
   int m_argument;        ///< the argument it receives: its rank by number, from 1

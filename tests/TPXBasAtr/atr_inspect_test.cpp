@@ -2,9 +2,11 @@
 #include "atr_TestSupport.h"
 
 #include <cstdio>
+#include <iterator>
 #include <map>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -125,6 +127,61 @@ TEST(atr_DictScanner, LoaderStoresExactlyTheScannedEntriesLastDefinitionFirst) {
     EXPECT_EQ(0, atr_trLoadFile(path.c_str())) << path;
   }
   atr_trReleaseDB();
+}
+
+// What the writer writes, the reader gives back exactly; what it cannot write so, it refuses
+// and writes nothing.
+TEST(atr_DictWriteEntry, TheReaderGivesBackWhatItWrote) {
+  const std::pair<std::string, std::string> pairs[] = {
+      {"Open", "Ouvrir"},
+      {"It's", "C'est"},
+      {"a'] = r'b", "x'] = r'y"},  // the assignment itself inside both texts
+      {"back\\slash\\", "tab\there\\"},
+      {"two\nlines\r", "deux\nlignes"},
+      {"\\047 and \\x41", "\\n"},
+      {"Caf\xc3\xa9 %1$s", "%1$s caf\xc3\xa9"},
+      {"", "empty key"},
+      {"Blank", ""},
+      {"Same", "Same"},  // an identity line: written, not stored
+  };
+  atr_test::TempDir dir;
+  const std::string path = dir.Path() + "/written.py";
+  std::FILE* out = std::fopen(path.c_str(), "wb");
+  ASSERT_NE(nullptr, out);
+  for (const auto& [key, text] : pairs)
+    EXPECT_TRUE(atr_DictWriteEntry(out, key.data(), static_cast<int>(key.size()), text.data(),
+                                   static_cast<int>(text.size())))
+        << key;
+  // Refused: a zero byte, a text that is not UTF-8, a line too long for the reader.
+  const std::string zero("a\0b", 3), bad("\xff"), longText(9000, 'x');
+  EXPECT_FALSE(atr_DictWriteEntry(out, zero.data(), 3, "x", 1));
+  EXPECT_FALSE(atr_DictWriteEntry(out, "k", 1, bad.data(), 1));
+  EXPECT_FALSE(atr_DictWriteEntry(out, "k", 1, longText.data(), 9000));
+  std::fclose(out);
+
+  std::FILE* in = std::fopen(path.c_str(), "rb");
+  ASSERT_NE(nullptr, in);
+  atr_DictScanner scanner(in);
+  atr_DictLine line;
+  size_t i = 0;
+  while (scanner.Next(line) && i < std::size(pairs)) {
+    const auto& [key, text] = pairs[i++];
+    if (key == text) {
+      EXPECT_EQ(atr_DictLineIdentity, line.m_kind);
+      continue;
+    }
+    ASSERT_EQ(atr_DictLineEntry, line.m_kind) << key;
+    EXPECT_EQ(key, std::string(line.m_key, static_cast<size_t>(line.m_keyLength)));
+    EXPECT_EQ(text, std::string(line.m_text, static_cast<size_t>(line.m_textLength)));
+  }
+  EXPECT_EQ(std::size(pairs), i);
+  EXPECT_FALSE(scanner.Next(line)) << "the refused pairs left no line";
+  std::fclose(in);
+
+  EXPECT_LT(atr_DictKeyCompare("Zoom", 4, "apple", 5), 0) << "bytes, not letters";
+  EXPECT_LT(atr_DictKeyCompare("abc", 3, "abcd", 4), 0);
+  EXPECT_GT(atr_DictKeyCompare("\xc3\xa9", 2, "z", 1), 0) << "unsigned";
+  EXPECT_EQ(0, atr_DictKeyCompare("", 0, "", 0));
 }
 
 TEST(atr_FormatConversions, ReportsWhatTheFormatterParses) {

@@ -178,6 +178,65 @@ int atr_dictionary::Unescape(char* text, int len) {
 }
 
 // ---------------------------------------------------------------------------------------------
+// Writing: the reverse of Unescape, for tools that write dictionaries.
+// ---------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Appends the escaped form of n bytes to out (which has room for 4 bytes per byte): what
+/// Unescape turns back into them. Quotes become "\047" (three octal digits end the escape
+/// whatever follows), so no quote of the text can be taken for one of the line's. False for
+/// a zero byte, which would end the text.
+bool Escape(const char* text, int n, char* out, int& length) {
+  length = 0;
+  for (int i = 0; i < n; ++i) {
+    const char c = text[i];
+    const char* escaped = c == '\\'   ? "\\\\"
+                          : c == '\n' ? "\\n"
+                          : c == '\r' ? "\\r"
+                          : c == '\'' ? "\\047"
+                                      : nullptr;
+    if (c == '\0') return false;
+    if (escaped == nullptr) {
+      out[length++] = c;
+    } else {
+      for (; *escaped != '\0'; ++escaped) out[length++] = *escaped;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+bool atr_DictWriteEntry(std::FILE* out, const char* key, int keyLength, const char* text,
+                        int textLength) {
+  if (out == nullptr || key == nullptr || text == nullptr || keyLength < 0 || textLength < 0 ||
+      keyLength > kLineBuffer || textLength > kLineBuffer)
+    return false;
+  char* buffer =
+      static_cast<char*>(mem_Malloc(4 * static_cast<std::size_t>(keyLength + textLength) + 1));
+  if (buffer == nullptr) return false;
+  int rawKey = 0, rawText = 0;
+  bool ok = Escape(key, keyLength, buffer, rawKey) &&
+            Escape(text, textLength, buffer + rawKey, rawText) &&
+            // The reader validates the translation as written, and reads at most MaxLine
+            // bytes of a line at once.
+            atr_encoding_validate_sized(atr_EncodingUtf8, buffer + rawKey, rawText) &&
+            rawKey + rawText + 11 <= atr_DictScanner::MaxLine;
+  if (ok)
+    ok = std::fprintf(out, "d['%.*s'] = r'%.*s'\n", rawKey, buffer, rawText, buffer + rawKey) > 0;
+  mem_Free(buffer);
+  return ok;
+}
+
+int atr_DictKeyCompare(const char* a, int aLength, const char* b, int bLength) {
+  const int common = aLength < bLength ? aLength : bLength;
+  const int c = common > 0 ? std::memcmp(a, b, static_cast<std::size_t>(common)) : 0;
+  if (c != 0) return c;
+  return aLength < bLength ? -1 : aLength > bLength ? 1 : 0;
+}
+
+// ---------------------------------------------------------------------------------------------
 // Scanning: the one place where lines are cut into key and translation.
 // ---------------------------------------------------------------------------------------------
 
