@@ -36,7 +36,8 @@ constexpr const char kHelp[] =
 
 constexpr const char kDictHelp[] =
     "Usage: kldutil dict check FILE...\n"
-    "Run 'kldutil dict check --help' for what is checked.\n";
+    "       kldutil dict stats [--format=json] FILE...\n"
+    "Run 'kldutil dict check --help' or 'kldutil dict stats --help' for more.\n";
 
 /// Longest excerpt of a key quoted in a message.
 constexpr size_t kExcerpt = 60;
@@ -187,14 +188,45 @@ void CheckConversions(Report& report, const atr_DictLine& entry) {
   }
 }
 
-/// Checks one file; gives its exit status.
-int CheckFile(const char* path) {
+/// What "dict stats" counts of one file.
+struct Stats {
+  long entries = 0;       ///< stored by the library
+  long translated = 0;    ///< stored, with a translation that is neither empty nor the key
+  long untranslated = 0;  ///< identity lines, and entries whose text equals the key
+  long empty = 0;         ///< stored with an empty translation
+  long obsolete = 0;      ///< "#~ " lines that dict merge keeps for keys no longer used
+  size_t problems = 0;    ///< everything dict check reports but the two counts above
+};
+
+/// The lines that start with the given prefix.
+long CountLines(const Bytes& text, const char* prefix) {
+  const size_t n = std::strlen(prefix);
+  long count = 0;
+  for (size_t at = 0; at + n <= text.Size();) {
+    if (std::memcmp(text.Data() + at, prefix, n) == 0) ++count;
+    const void* end = std::memchr(text.Data() + at, '\n', text.Size() - at);
+    if (end == nullptr) break;
+    at = static_cast<size_t>(static_cast<const char*>(end) - text.Data()) + 1;
+  }
+  return count;
+}
+
+/// Checks one file and gives its exit status; with stats, counts instead of reporting.
+int CheckFile(const char* path, Stats* stats = nullptr) {
   const char* name;
-  std::FILE* file = OpenInput(path, name);
-  if (file == nullptr) return kUsage;
+  std::FILE* input = OpenInput(path, name);
+  if (input == nullptr) return kUsage;
+  Bytes all;
+  const bool readError = !ReadAll(input, name, all);
+  CloseInput(input);
+  if (readError) return kUsage;
+  all.Push('\0');  // fmemopen needs a buffer, even for an empty file
+  std::FILE* file = fmemopen(all.Data(), all.Size() - 1 > 0 ? all.Size() - 1 : 1, "rb");
+  if (file == nullptr) throw std::bad_alloc();
+  if (all.Size() == 1) std::fgetc(file);  // an empty file: nothing to read
   atr_DictScanner scanner(file);
   if (!scanner.Ok()) {
-    CloseInput(file);
+    std::fclose(file);
     throw std::bad_alloc();
   }
   Report report(name);
@@ -219,9 +251,16 @@ int CheckFile(const char* path) {
     switch (line.m_kind) {
       case atr_DictLineEntry:
         ++loaded;
+        if (stats != nullptr) {
+          const bool same = line.m_keyLength == line.m_textLength &&
+                            std::memcmp(line.m_key, line.m_text, line.m_keyLength) == 0;
+          ++(line.m_textLength == 0 ? stats->empty
+             : same                 ? stats->untranslated
+                                    : stats->translated);
+        }
         if (line.m_keyLength == 0)
           report.Add(line.m_number, "empty key (loaded): only an empty message text finds it");
-        if (line.m_textLength == 0)
+        if (line.m_textLength == 0 && stats == nullptr)
           report.Add(line.m_number,
                      "empty translation of '%s': the message is replaced by the empty text",
                      key.m_text);
@@ -232,7 +271,10 @@ int CheckFile(const char* path) {
         CheckConversions(report, line);
         break;
       case atr_DictLineIdentity:
-        report.Add(line.m_number, "identity translation of '%s' (not loaded)", key.m_text);
+        if (stats != nullptr)
+          ++stats->untranslated;
+        else
+          report.Add(line.m_number, "identity translation of '%s' (not loaded)", key.m_text);
         break;
       case atr_DictLineInvalidUtf8:
         report.Add(line.m_number, "translation of '%s' is not valid UTF-8 (line skipped)",
@@ -249,8 +291,7 @@ int CheckFile(const char* path) {
         break;
     }
   }
-  bool readError = std::ferror(file) != 0;
-  CloseInput(file);
+  std::fclose(file);
 
   // Keys defined more than once: the last definition is the one looked up.
   Array<size_t> order;
@@ -280,23 +321,107 @@ int CheckFile(const char* path) {
     i = end;
   }
 
+  if (stats != nullptr) {
+    stats->entries = loaded;
+    stats->obsolete = CountLines(all, "#~ ");
+    stats->problems = report.Count();
+    return kOk;
+  }
   report.Print();
   std::printf("%s: %ld %s loaded, %zu %s\n", name, loaded, loaded == 1 ? "entry" : "entries",
               report.Count(), report.Count() == 1 ? "problem" : "problems");
-  if (readError) {
-    std::fprintf(stderr, "kldutil: %s: read error\n", name);
-    return kUsage;
-  }
   return report.Count() > 0 ? kBadInput : kOk;
+}
+
+constexpr const char kStatsHelp[] =
+    "Usage: kldutil dict stats [--format=text|json] FILE...\n"
+    "Count, for each dictionary FILE ('-' is standard input), as the library reads it:\n"
+    "  entries       entries the library stores\n"
+    "  translated    stored with a translation that is neither empty nor the key\n"
+    "  untranslated  identity lines (the key as its own translation), not stored\n"
+    "  empty         stored with an empty translation: the message becomes empty\n"
+    "  obsolete      '#~ ' lines kept by dict merge for keys no longer used\n"
+    "  problems      everything else dict check reports\n"
+    "and the percentage translated (of translated, untranslated and empty).\n"
+    "\n"
+    "Options:\n"
+    "  --format=json  one JSON object per file, in an array, for scripts\n"
+    "  -h, --help     show this help\n"
+    "\n"
+    "Exit status: 0 success, 2 usage error or a file that cannot be read.\n";
+
+double PercentTranslated(const Stats& s) {
+  const long all = s.translated + s.untranslated + s.empty;
+  return all == 0 ? 0.0 : 100.0 * static_cast<double>(s.translated) / static_cast<double>(all);
+}
+
+/// A JSON string: the name with quotes, backslashes and control bytes escaped.
+void PrintJsonString(const char* text) {
+  std::putchar('"');
+  for (const unsigned char* p = reinterpret_cast<const unsigned char*>(text); *p != 0; ++p) {
+    if (*p == '"' || *p == '\\')
+      std::printf("\\%c", *p);
+    else if (*p < 0x20)
+      std::printf("\\u%04x", *p);
+    else
+      std::putchar(*p);
+  }
+  std::putchar('"');
+}
+
+int RunStats(int argc, char** argv) {
+  enum { kFormat = 1 };
+  static const option kOptions[] = {{"format", required_argument, nullptr, kFormat},
+                                    {"help", no_argument, nullptr, 'h'},
+                                    {nullptr, 0, nullptr, 0}};
+  bool json = false;
+  ParseOptions parse("dict stats", argc, argv, "h", kOptions);
+  for (int c; (c = parse.Next()) != -1;) {
+    if (c == 'h') return PrintHelp(kStatsHelp);
+    if (c != kFormat) return parse.Error();
+    if (std::strcmp(parse.Argument(), "json") != 0 && std::strcmp(parse.Argument(), "text") != 0)
+      return UsageError("dict stats", "unknown format '%s' (text or json)", parse.Argument());
+    json = std::strcmp(parse.Argument(), "json") == 0;
+  }
+  if (parse.OperandCount() == 0) return UsageError("dict stats", "no dictionary file given");
+  int result = kOk;
+  if (json) std::printf("[");
+  for (int i = 0; i < parse.OperandCount(); ++i) {
+    Stats s;
+    const int status = CheckFile(parse.Operand(i), &s);
+    result = std::max(result, status);
+    if (status != kOk) continue;
+    const char* name = std::strcmp(parse.Operand(i), "-") == 0 ? kStdinName : parse.Operand(i);
+    if (json) {
+      std::printf("%s\n  {\"file\": ", i > 0 ? "," : "");
+      PrintJsonString(name);
+      std::printf(
+          ", \"entries\": %ld, \"translated\": %ld, \"untranslated\": %ld, "
+          "\"empty\": %ld, \"obsolete\": %ld, \"problems\": %zu, "
+          "\"percent_translated\": %.1f}",
+          s.entries, s.translated, s.untranslated, s.empty, s.obsolete, s.problems,
+          PercentTranslated(s));
+    } else {
+      std::printf(
+          "%s: %ld %s, %ld translated, %ld untranslated, %ld empty, %ld obsolete, "
+          "%zu %s (%.1f%% translated)\n",
+          name, s.entries, s.entries == 1 ? "entry" : "entries", s.translated, s.untranslated,
+          s.empty, s.obsolete, s.problems, s.problems == 1 ? "problem" : "problems",
+          PercentTranslated(s));
+    }
+  }
+  if (json) std::printf("\n]\n");
+  return result;
 }
 
 }  // namespace
 
 int RunDict(int argc, char** argv) {
-  if (argc == 0) return UsageError("dict", "missing subcommand (check)");
+  if (argc == 0) return UsageError("dict", "missing subcommand (check or stats)");
   if (IsHelp(argv[0])) return PrintHelp(kDictHelp);
+  if (std::strcmp(argv[0], "stats") == 0) return RunStats(argc - 1, argv + 1);
   if (std::strcmp(argv[0], "check") != 0)
-    return UsageError("dict", "unknown subcommand '%s' (use check)", argv[0]);
+    return UsageError("dict", "unknown subcommand '%s' (use check or stats)", argv[0]);
   static const option kOptions[] = {{"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
   ParseOptions parse("dict check", argc - 1, argv + 1, "h", kOptions);
   for (int c; (c = parse.Next()) != -1;) {
