@@ -37,7 +37,8 @@ constexpr const char kHelp[] =
 constexpr const char kDictHelp[] =
     "Usage: kldutil dict check FILE...\n"
     "       kldutil dict stats [--format=json] FILE...\n"
-    "Run 'kldutil dict check --help' or 'kldutil dict stats --help' for more.\n";
+    "       kldutil dict extract [-k NAME]... [-o FILE] [-r] SOURCE...\n"
+    "Run 'kldutil dict COMMAND --help' for more.\n";
 
 /// Longest excerpt of a key quoted in a message.
 constexpr size_t kExcerpt = 60;
@@ -417,11 +418,12 @@ int RunStats(int argc, char** argv) {
 }  // namespace
 
 int RunDict(int argc, char** argv) {
-  if (argc == 0) return UsageError("dict", "missing subcommand (check or stats)");
+  if (argc == 0) return UsageError("dict", "missing subcommand (check, extract or stats)");
   if (IsHelp(argv[0])) return PrintHelp(kDictHelp);
   if (std::strcmp(argv[0], "stats") == 0) return RunStats(argc - 1, argv + 1);
+  if (std::strcmp(argv[0], "extract") == 0) return RunDictExtract(argc - 1, argv + 1);
   if (std::strcmp(argv[0], "check") != 0)
-    return UsageError("dict", "unknown subcommand '%s' (use check or stats)", argv[0]);
+    return UsageError("dict", "unknown subcommand '%s' (use check, extract or stats)", argv[0]);
   static const option kOptions[] = {{"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
   ParseOptions parse("dict check", argc - 1, argv + 1, "h", kOptions);
   for (int c; (c = parse.Next()) != -1;) {

@@ -125,6 +125,7 @@ class ParseOptions {
 int RunNatsort(int argc, char** argv);
 int RunTranscode(int argc, char** argv);
 int RunDict(int argc, char** argv);
+int RunDictExtract(int argc, char** argv);
 int RunFormat(int argc, char** argv);
 
 }  // namespace kldutil

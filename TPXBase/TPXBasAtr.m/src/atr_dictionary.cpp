@@ -184,18 +184,21 @@ int atr_dictionary::Unescape(char* text, int len) {
 namespace {
 
 /// Appends the escaped form of n bytes to out (which has room for 4 bytes per byte): what
-/// Unescape turns back into them. Quotes become "\047" (three octal digits end the escape
-/// whatever follows), so no quote of the text can be taken for one of the line's. False for
-/// a zero byte, which would end the text.
-bool Escape(const char* text, int n, char* out, int& length) {
+/// Unescape turns back into them. In a key, a quote that would start the assignment
+/// "'] = r'" becomes "\\047" (three octal digits end the escape whatever follows), so the
+/// reader finds the assignment where the writer put it; other quotes stay as they are. False
+/// for a zero byte, which would end the text.
+bool Escape(const char* text, int n, bool key, char* out, int& length) {
   length = 0;
   for (int i = 0; i < n; ++i) {
     const char c = text[i];
-    const char* escaped = c == '\\'   ? "\\\\"
-                          : c == '\n' ? "\\n"
-                          : c == '\r' ? "\\r"
-                          : c == '\'' ? "\\047"
-                                      : nullptr;
+    const bool startsAssignment = c == '\'' && key && n - i >= kMarkerLength &&
+                                  std::memcmp(text + i, kMarker, kMarkerLength) == 0;
+    const char* escaped = c == '\\'          ? "\\\\"
+                          : c == '\n'        ? "\\n"
+                          : c == '\r'        ? "\\r"
+                          : startsAssignment ? "\\047"
+                                             : nullptr;
     if (c == '\0') return false;
     if (escaped == nullptr) {
       out[length++] = c;
@@ -217,8 +220,8 @@ bool atr_DictWriteEntry(std::FILE* out, const char* key, int keyLength, const ch
       static_cast<char*>(mem_Malloc(4 * static_cast<std::size_t>(keyLength + textLength) + 1));
   if (buffer == nullptr) return false;
   int rawKey = 0, rawText = 0;
-  bool ok = Escape(key, keyLength, buffer, rawKey) &&
-            Escape(text, textLength, buffer + rawKey, rawText) &&
+  bool ok = Escape(key, keyLength, true, buffer, rawKey) &&
+            Escape(text, textLength, false, buffer + rawKey, rawText) &&
             // The reader validates the translation as written, and reads at most MaxLine
             // bytes of a line at once.
             atr_encoding_validate_sized(atr_EncodingUtf8, buffer + rawKey, rawText) &&
