@@ -74,8 +74,8 @@ class KLDTPXBAS_API atr_DictScanner : public mem_AllocationOperators {
 };
 
 /// Writes one dictionary entry line "d['KEY'] = r'TEXT'" and its newline, escaped so that the
-/// reader gives back exactly key and text (backslashes and line ends are escaped, and a quote
-/// of the key that would start the assignment).
+/// reader gives back exactly key and text (backslashes and line ends are escaped, and the
+/// key's "]", so that no part of the key can be taken for the assignment).
 /// A key written with itself as text is an identity line, which the reader does not store.
 /// False, and nothing written, when the pair cannot be written so: a zero byte, a text that
 /// is not valid UTF-8, a line longer than atr_DictScanner::MaxLine, or a write error.

@@ -136,6 +136,8 @@ TEST(atr_DictWriteEntry, TheReaderGivesBackWhatItWrote) {
       {"Open", "Ouvrir"},
       {"It's", "C'est"},
       {"a'] = r'b", "x'] = r'y"},  // the assignment itself inside both texts
+      {"] = r", "key that meets the written assignment"},
+      {"end'] = r", "likewise at its end"},
       {"back\\slash\\", "tab\there\\"},
       {"two\nlines\r", "deux\nlignes"},
       {"\\047 and \\x41", "\\n"},

@@ -184,21 +184,19 @@ int atr_dictionary::Unescape(char* text, int len) {
 namespace {
 
 /// Appends the escaped form of n bytes to out (which has room for 4 bytes per byte): what
-/// Unescape turns back into them. In a key, a quote that would start the assignment
-/// "'] = r'" becomes "\\047" (three octal digits end the escape whatever follows), so the
-/// reader finds the assignment where the writer put it; other quotes stay as they are. False
+/// Unescape turns back into them. In a key every "]" becomes "\\135" (three octal digits end
+/// the escape whatever follows): the assignment "'] = r'" needs one, so the first assignment
+/// the reader finds is the one written after the key, whatever quotes the key holds. False
 /// for a zero byte, which would end the text.
 bool Escape(const char* text, int n, bool key, char* out, int& length) {
   length = 0;
   for (int i = 0; i < n; ++i) {
     const char c = text[i];
-    const bool startsAssignment = c == '\'' && key && n - i >= kMarkerLength &&
-                                  std::memcmp(text + i, kMarker, kMarkerLength) == 0;
-    const char* escaped = c == '\\'          ? "\\\\"
-                          : c == '\n'        ? "\\n"
-                          : c == '\r'        ? "\\r"
-                          : startsAssignment ? "\\047"
-                                             : nullptr;
+    const char* escaped = c == '\\'         ? "\\\\"
+                          : c == '\n'       ? "\\n"
+                          : c == '\r'       ? "\\r"
+                          : c == ']' && key ? "\\135"
+                                            : nullptr;
     if (c == '\0') return false;
     if (escaped == nullptr) {
       out[length++] = c;
