@@ -144,7 +144,8 @@ TEST(atr_DictWriteEntry, TheReaderGivesBackWhatItWrote) {
       {"Caf\xc3\xa9 %1$s", "%1$s caf\xc3\xa9"},
       {"", "empty key"},
       {"Blank", ""},
-      {"Same", "Same"},  // an identity line: written, not stored
+      {"Same", "Same"},            // an identity line: written, not stored
+      {"[x] = r'y", "[x] = r'y"},  // likewise, whatever it holds
   };
   atr_test::TempDir dir;
   const std::string path = dir.Path() + "/written.py";

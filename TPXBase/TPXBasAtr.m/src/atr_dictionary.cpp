@@ -188,15 +188,15 @@ namespace {
 /// the escape whatever follows): the assignment "'] = r'" needs one, so the first assignment
 /// the reader finds is the one written after the key, whatever quotes the key holds. False
 /// for a zero byte, which would end the text.
-bool Escape(const char* text, int n, bool key, char* out, int& length) {
+bool Escape(const char* text, int n, bool brackets, char* out, int& length) {
   length = 0;
   for (int i = 0; i < n; ++i) {
     const char c = text[i];
-    const char* escaped = c == '\\'         ? "\\\\"
-                          : c == '\n'       ? "\\n"
-                          : c == '\r'       ? "\\r"
-                          : c == ']' && key ? "\\135"
-                                            : nullptr;
+    const char* escaped = c == '\\'              ? "\\\\"
+                          : c == '\n'            ? "\\n"
+                          : c == '\r'            ? "\\r"
+                          : c == ']' && brackets ? "\\135"
+                                                 : nullptr;
     if (c == '\0') return false;
     if (escaped == nullptr) {
       out[length++] = c;
@@ -218,8 +218,12 @@ bool atr_DictWriteEntry(std::FILE* out, const char* key, int keyLength, const ch
       static_cast<char*>(mem_Malloc(4 * static_cast<std::size_t>(keyLength + textLength) + 1));
   if (buffer == nullptr) return false;
   int rawKey = 0, rawText = 0;
+  // A text equal to its key is written exactly as the key, so that the line is an identity
+  // line to the reader too.
+  const bool identity =
+      keyLength == textLength && std::memcmp(key, text, static_cast<std::size_t>(keyLength)) == 0;
   bool ok = Escape(key, keyLength, true, buffer, rawKey) &&
-            Escape(text, textLength, false, buffer + rawKey, rawText) &&
+            Escape(text, textLength, identity, buffer + rawKey, rawText) &&
             // The reader validates the translation as written, and reads at most MaxLine
             // bytes of a line at once.
             atr_encoding_validate_sized(atr_EncodingUtf8, buffer + rawKey, rawText) &&
