@@ -509,14 +509,8 @@ int RunDictExtract(int argc, char** argv) {
     return atr_DictKeyCompare(a.key.data(), static_cast<int>(a.key.size()), b.key.data(),
                               static_cast<int>(b.key.size())) < 0;
   });
-  std::FILE* out = stdout;
-  if (output != nullptr && std::strcmp(output, "-") != 0) {
-    out = std::fopen(output, "wb");
-    if (out == nullptr) {
-      std::fprintf(stderr, "kldutil: %s: cannot write: %s\n", output, std::strerror(errno));
-      return kUsage;
-    }
-  }
+  std::FILE* out = OpenOutput(output);
+  if (out == nullptr) return kUsage;
   std::fprintf(out, "# Messages to translate, extracted by kldutil dict extract: %zu texts.\n",
                extractor.texts.size());
   std::fprintf(out, "# Each text is its own translation until it is translated.\n");
@@ -531,10 +525,7 @@ int RunDictExtract(int argc, char** argv) {
                      "or a line too long)");
     }
   }
-  if (out != stdout && std::fclose(out) != 0) {
-    std::fprintf(stderr, "kldutil: %s: cannot write: %s\n", output, std::strerror(errno));
-    return kUsage;
-  }
+  if (!CloseOutput(out, output)) return kUsage;
   return extractor.warnings > 0 ? kBadInput : kOk;
 }
 

@@ -79,6 +79,13 @@ size_t AppendText(Bytes& arena, const char* text, size_t length);
 std::FILE* OpenInput(const char* name, const char*& displayName);
 void CloseInput(std::FILE* file);
 
+/// Opens name for writing ("-" or null is standard output) or reports why it cannot and gives
+/// null.
+std::FILE* OpenOutput(const char* name);
+/// Closes a file OpenOutput gave (standard output stays open); false, after a report naming
+/// the file, when its data could not be written.
+bool CloseOutput(std::FILE* file, const char* name);
+
 /// Reads the rest of file into bytes. False (after a report naming the file) on a read error.
 bool ReadAll(std::FILE* file, const char* displayName, Bytes& bytes);
 

@@ -70,6 +70,21 @@ void CloseInput(std::FILE* file) {
   if (file != nullptr && file != stdin) std::fclose(file);
 }
 
+std::FILE* OpenOutput(const char* name) {
+  if (name == nullptr || std::strcmp(name, "-") == 0) return stdout;
+  std::FILE* file = std::fopen(name, "wb");
+  if (file == nullptr)
+    std::fprintf(stderr, "kldutil: %s: cannot write: %s\n", name, std::strerror(errno));
+  return file;
+}
+
+bool CloseOutput(std::FILE* file, const char* name) {
+  if (file == stdout) return true;
+  if (std::fclose(file) == 0) return true;
+  std::fprintf(stderr, "kldutil: %s: cannot write: %s\n", name, std::strerror(errno));
+  return false;
+}
+
 bool ReadAll(std::FILE* file, const char* displayName, Bytes& bytes) {
   char chunk[65536];
   size_t n;

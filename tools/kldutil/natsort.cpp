@@ -130,23 +130,14 @@ int RunNatsort(int argc, char** argv) {
   };
   std::sort(lines.Data(), lines.Data() + lines.Size(), before);
 
-  std::FILE* out = stdout;
-  if (output != nullptr && std::strcmp(output, "-") != 0) {
-    out = std::fopen(output, "wb");
-    if (out == nullptr) {
-      std::fprintf(stderr, "kldutil: %s: cannot write: %s\n", output, std::strerror(errno));
-      return kUsage;
-    }
-  }
+  std::FILE* out = OpenOutput(output);
+  if (out == nullptr) return kUsage;
   for (size_t i = 0; i < lines.Size(); ++i) {
     if (unique && i > 0 && compare(lines[i - 1], lines[i]) == 0) continue;
     std::fwrite(base + lines[i].offset, 1, lines[i].length, out);
     std::fputc(terminator, out);
   }
-  if (out != stdout && std::fclose(out) != 0) {
-    std::fprintf(stderr, "kldutil: %s: cannot write: %s\n", output, std::strerror(errno));
-    return kUsage;
-  }
+  if (!CloseOutput(out, output)) return kUsage;
   return kOk;
 }
 

@@ -309,19 +309,10 @@ int RunTranscode(int argc, char** argv) {
     int result = ConvertInput(name, text, from, to, replacement, omit, out);
     if (result != kOk) return result;
   }
-  std::FILE* sink = stdout;
-  if (output != nullptr && std::strcmp(output, "-") != 0) {
-    sink = std::fopen(output, "wb");
-    if (sink == nullptr) {
-      std::fprintf(stderr, "kldutil: %s: cannot write: %s\n", output, std::strerror(errno));
-      return kUsage;
-    }
-  }
+  std::FILE* sink = OpenOutput(output);
+  if (sink == nullptr) return kUsage;
   std::fwrite(out.Data(), 1, out.Size(), sink);
-  if (sink != stdout && std::fclose(sink) != 0) {
-    std::fprintf(stderr, "kldutil: %s: cannot write: %s\n", output, std::strerror(errno));
-    return kUsage;
-  }
+  if (!CloseOutput(sink, output)) return kUsage;
   return kOk;
 }
 
