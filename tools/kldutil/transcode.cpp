@@ -169,6 +169,14 @@ size_t LineOf(const char* in, size_t offset) {
 
 namespace {
 
+/// Appends the conversion of n bytes, whose converted size is known, to out.
+void Append(Bytes& out, int to, int from, const char* in, int n, char replacement, int size) {
+  const size_t at = out.Size();
+  out.Resize(at + static_cast<size_t>(size) + 1);  // room for the terminator written
+  atr_encoding_convert(to, out.Data() + at, from, in, n, replacement, true);
+  out.Resize(at + static_cast<size_t>(size));
+}
+
 /// Converts one input between the library's byte encodings into out; on failure reports where
 /// and gives kBadInput. With omit, characters the target cannot represent are left out.
 int ConvertBytes(const char* name, const Bytes& text, int from, int to, char replacement, bool omit,
@@ -177,48 +185,54 @@ int ConvertBytes(const char* name, const Bytes& text, int from, int to, char rep
     std::fprintf(stderr, "kldutil transcode: %s: input larger than %d bytes\n", name, INT_MAX);
     return kBadInput;
   }
-  size_t done = 0;  // bytes of text converted so far (omit skips characters one by one)
-  for (;;) {
-    const char* in = text.Data() + done;
-    const int length = static_cast<int>(text.Size() - done);
-    // The input must be valid as the library validates it (Latin-1 refuses 0x7F to 0x9F,
-    // which its converter alone would take) before it is converted.
-    int size = atr_encoding_validate_sized(from, in, length)
-                   ? atr_encoding_convert(to, static_cast<char*>(nullptr), from, in, length,
-                                          replacement, false)
-                   : -1;
-    if (size >= 0) {
-      const size_t at = out.Size();
-      out.Resize(at + static_cast<size_t>(size) + 1);  // room for the terminator written
-      atr_encoding_convert(to, out.Data() + at, from, in, length, replacement, true);
-      out.Resize(at + static_cast<size_t>(size));
-      return kOk;
-    }
-    bool invalid;
-    int codePoint;
-    size_t offset =
-        FirstFailure(to, from, in, static_cast<size_t>(length), replacement, invalid, codePoint);
-    if (omit && !invalid) {
-      // The part before the character converts; the character itself is left out.
-      Bytes head;
-      head.Append(in, offset);
-      if (ConvertBytes(name, head, from, to, replacement, false, out) != kOk) return kBadInput;
-      int width = 1;
-      while (!atr_encoding_validate_sized(from, in + offset, width)) ++width;
-      done += offset + static_cast<size_t>(width);
-      continue;
-    }
-    size_t line = LineOf(text.Data(), done + offset);
-    if (invalid)
-      std::fprintf(stderr, "%s:%zu: invalid %s input at byte offset %zu\n", name, line,
-                   EncodingName(from), done + offset);
-    else
-      std::fprintf(stderr,
-                   "%s:%zu: character U+%04X at byte offset %zu cannot be represented in %s "
-                   "(see -c and --replace)\n",
-                   name, line, static_cast<unsigned>(codePoint), done + offset, EncodingName(to));
-    return kBadInput;
+  const char* in = text.Data();
+  const int length = static_cast<int>(text.Size());
+  // The input must be valid as the library validates it (Latin-1 refuses 0x7F to 0x9F,
+  // which its converter alone would take) before it is converted.
+  const int size = atr_encoding_validate_sized(from, in, length)
+                       ? atr_encoding_convert(to, static_cast<char*>(nullptr), from, in, length,
+                                              replacement, false)
+                       : -1;
+  if (size >= 0) {
+    Append(out, to, from, in, length, replacement, size);
+    return kOk;
   }
+  bool invalid;
+  int codePoint;
+  const size_t offset =
+      FirstFailure(to, from, in, static_cast<size_t>(length), replacement, invalid, codePoint);
+  if (omit && !invalid) {
+    // Character by character (linear however many are left out): each one the target can
+    // hold is converted, the others are left out; invalid input still stops it.
+    for (size_t p = 0; p < text.Size();) {
+      int width = 0;
+      for (int w = 1; w <= kLongestCharacter && p + static_cast<size_t>(w) <= text.Size(); ++w)
+        if (atr_encoding_validate_sized(from, in + p, w)) {
+          width = w;
+          break;
+        }
+      if (width == 0) {
+        std::fprintf(stderr, "%s:%zu: invalid %s input at byte offset %zu\n", name, LineOf(in, p),
+                     EncodingName(from), p);
+        return kBadInput;
+      }
+      const int one = atr_encoding_convert(to, static_cast<char*>(nullptr), from, in + p, width,
+                                           replacement, false);
+      if (one >= 0) Append(out, to, from, in + p, width, replacement, one);
+      p += static_cast<size_t>(width);
+    }
+    return kOk;
+  }
+  const size_t line = LineOf(in, offset);
+  if (invalid)
+    std::fprintf(stderr, "%s:%zu: invalid %s input at byte offset %zu\n", name, line,
+                 EncodingName(from), offset);
+  else
+    std::fprintf(stderr,
+                 "%s:%zu: character U+%04X at byte offset %zu cannot be represented in %s "
+                 "(see -c and --replace)\n",
+                 name, line, static_cast<unsigned>(codePoint), offset, EncodingName(to));
+  return kBadInput;
 }
 
 /// Converts one whole input; UTF-16 on either side goes through UTF-8.
