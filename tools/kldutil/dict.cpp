@@ -38,6 +38,7 @@ constexpr const char kDictHelp[] =
     "Usage: kldutil dict check FILE...\n"
     "       kldutil dict stats [--format=json] FILE...\n"
     "       kldutil dict extract [-k NAME]... [-o FILE] [-r] SOURCE...\n"
+    "       kldutil dict merge [-o FILE] TRANSLATED TEMPLATE\n"
     "Run 'kldutil dict COMMAND --help' for more.\n";
 
 /// Longest excerpt of a key quoted in a message.
@@ -73,6 +74,8 @@ class Report {
   }
 
   size_t Count() const { return m_problems.Size(); }
+  /// Problem i in the order found.
+  const char* Message(size_t i) const { return m_arena.Data() + m_problems[i].message; }
 
   void Print() {
     std::sort(m_problems.Data(), m_problems.Data() + m_problems.Size(),
@@ -417,13 +420,28 @@ int RunStats(int argc, char** argv) {
 
 }  // namespace
 
+int ConversionProblems(const char* key, const char* text, void (*each)(const char*, void*),
+                       void* context) {
+  Report report("");
+  atr_DictLine entry{};
+  entry.m_key = key;
+  entry.m_keyLength = static_cast<int>(std::strlen(key));
+  entry.m_text = text;
+  entry.m_textLength = static_cast<int>(std::strlen(text));
+  CheckConversions(report, entry);
+  for (size_t i = 0; i < report.Count(); ++i) each(report.Message(i), context);
+  return static_cast<int>(report.Count());
+}
+
 int RunDict(int argc, char** argv) {
-  if (argc == 0) return UsageError("dict", "missing subcommand (check, extract or stats)");
+  if (argc == 0) return UsageError("dict", "missing subcommand (check, extract, merge or stats)");
   if (IsHelp(argv[0])) return PrintHelp(kDictHelp);
   if (std::strcmp(argv[0], "stats") == 0) return RunStats(argc - 1, argv + 1);
   if (std::strcmp(argv[0], "extract") == 0) return RunDictExtract(argc - 1, argv + 1);
+  if (std::strcmp(argv[0], "merge") == 0) return RunDictMerge(argc - 1, argv + 1);
   if (std::strcmp(argv[0], "check") != 0)
-    return UsageError("dict", "unknown subcommand '%s' (use check, extract or stats)", argv[0]);
+    return UsageError("dict", "unknown subcommand '%s' (use check, extract, merge or stats)",
+                      argv[0]);
   static const option kOptions[] = {{"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
   ParseOptions parse("dict check", argc - 1, argv + 1, "h", kOptions);
   for (int c; (c = parse.Next()) != -1;) {

@@ -133,6 +133,12 @@ int RunNatsort(int argc, char** argv);
 int RunTranscode(int argc, char** argv);
 int RunDict(int argc, char** argv);
 int RunDictExtract(int argc, char** argv);
+int RunDictMerge(int argc, char** argv);
+
+/// The dict check messages about the conversions of a translation against its key: each is
+/// handed to each(message, context); gives their count.
+int ConversionProblems(const char* key, const char* text, void (*each)(const char*, void*),
+                       void* context);
 int RunFormat(int argc, char** argv);
 
 }  // namespace kldutil
