@@ -1,7 +1,7 @@
 // KLDTPXBasCoreUtils_Lifecycle.cpp: nested initialise and finalise of the whole library.
 #include "KLDTPXBasCoreUtils_Lifecycle.h"
-#include "KLDTPXBasCoreUtilsC.h"
 
+#include "KLDTPXBasCoreUtilsC.h"
 #include "TPXBasGenericsLib.h"
 #include "TPXBasPrfTrkLib.h"
 #include "kld_ModuleHook.h"
