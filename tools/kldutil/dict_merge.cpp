@@ -24,14 +24,16 @@ constexpr const char kHelp[] =
     "  - every key of TRANSLATED that TEMPLATE no longer has, as an '#~ ' obsolete line the\n"
     "    library ignores, with its comments: nothing is dropped, and a key that comes back\n"
     "    gets its translation again.\n"
-    "Merging the result with the same TEMPLATE again gives the same file.\n"
+    "Both files are read as the library reads them; an entry line it does not load is left\n"
+    "out with a FILE:LINE: warning. Merging the result with the same TEMPLATE again gives\n"
+    "the same file.\n"
     "\n"
     "Options:\n"
     "  -o, --output FILE  write to FILE (it may be TRANSLATED itself)\n"
     "  -h, --help         show this help\n"
     "\n"
-    "Exit status: 0 success, 1 a translation to check, 2 usage error or a file that cannot be\n"
-    "read or written.\n";
+    "Exit status: 0 success, 1 a translation to check or a line left out, 2 usage error or a\n"
+    "file that cannot be read or written.\n";
 
 constexpr char kMarker[] = "'] = r'";
 constexpr char kObsoleteMarker[] = "'] =r'";
@@ -47,9 +49,12 @@ struct Item {
 
 bool StartsWith(const std::string& s, const char* prefix) { return s.rfind(prefix, 0) == 0; }
 
+size_t EndsWithCr(const std::string& s) { return !s.empty() && s.back() == '\r' ? 1 : 0; }
+
 /// Comments merge writes itself, and so reads as its own, not the translator's.
 bool Generated(const std::string& line) {
-  if (line == "# new" || StartsWith(line, "# check: ")) return true;
+  if (line == "# new" || StartsWith(line, "# check: ") || StartsWith(line, "# (not written: "))
+    return true;
   // "# FILE:LINE": a use, from the template.
   if (!StartsWith(line, "# ") || line.find(' ', 2) != std::string::npos) return false;
   const size_t colon = line.rfind(':');
@@ -84,7 +89,7 @@ bool ReadLine(const std::string& line, std::string& key, std::string& text, bool
   return found;
 }
 
-/// The lines of a file.
+/// The lines of a file, as they are ("\r" of a "\r\n" line end included).
 bool ReadLines(const char* path, std::vector<std::string>& lines) {
   const char* name;
   std::FILE* file = OpenInput(path, name);
@@ -98,57 +103,83 @@ bool ReadLines(const char* path, std::vector<std::string>& lines) {
   while (start < text.size()) {
     size_t end = text.find('\n', start);
     if (end == std::string::npos) end = text.size();
-    std::string line = text.substr(start, end - start);
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    lines.push_back(line);
+    lines.push_back(text.substr(start, end - start));
     start = end + 1;
   }
   return true;
 }
 
-/// The keys of a dictionary with the comments above each; the header (the comments before the
-/// first blank line, when no entry comes first) apart. Obsolete lines count as keys too.
-void Parse(const std::vector<std::string>& lines, std::vector<Item>& items,
-           std::vector<std::string>& header, bool keepGenerated) {
+/// A dictionary as merge sees it.
+struct Dictionary {
+  std::vector<Item> items;
+  std::vector<std::string> header;   ///< the comments before the first blank line, when no
+                                     ///< entry comes first
+  std::vector<std::string> trailer;  ///< the comments after the last entry
+  int problems = 0;                  ///< entry lines the library does not load
+};
+
+/// The keys of a dictionary with the comments above each (blank lines and other lines in
+/// between do not part a comment from the entry it precedes). Obsolete lines count as keys
+/// too. An entry line the library does not load is reported as a FILE:LINE: warning and left
+/// out. With keepGenerated, the comments merge writes itself are kept too.
+void Parse(const char* path, const std::vector<std::string>& lines, Dictionary& dictionary,
+           bool keepGenerated) {
   size_t i = 0;
-  for (; i < lines.size() && StartsWith(lines[i], "#") && !StartsWith(lines[i], kObsolete); ++i)
+  for (; i < lines.size() && StartsWith(lines[i], "#") && !StartsWith(lines[i], kObsolete) &&
+         lines[i].find(kMarker) == std::string::npos;
+       ++i)
     ;
-  if (i < lines.size() && lines[i].empty())
-    header.assign(lines.begin(), lines.begin() + static_cast<long>(i));
+  if (i < lines.size() && (lines[i].empty() || lines[i] == "\r"))
+    dictionary.header.assign(lines.begin(), lines.begin() + static_cast<long>(i));
   else
     i = 0;
   std::vector<std::string> comments;
   for (; i < lines.size(); ++i) {
     const std::string& line = lines[i];
     std::string entryLine = line;
-    if (StartsWith(line, kObsolete)) {
+    if (line.find(kMarker) != std::string::npos) {
+      // An entry, as the library reads it, even when the line starts with "#".
+    } else if (StartsWith(line, kObsolete) && line.find(kObsoleteMarker) != std::string::npos) {
       entryLine = line.substr(std::strlen(kObsolete));
       const size_t at = entryLine.find(kObsoleteMarker);
-      if (at != std::string::npos) entryLine.replace(at, std::strlen(kObsoleteMarker), kMarker);
-    } else if (StartsWith(line, "#")) {
-      if (keepGenerated || !Generated(line)) comments.push_back(line);
-      continue;
-    } else if (line.find(kMarker) == std::string::npos) {
-      comments.clear();  // a blank line (or any other) ends a comment block
+      entryLine.replace(at, std::strlen(kObsoleteMarker), kMarker);
+    } else {
+      // A "\r\n" line end is the library's "\n": it does not make a comment the translator's.
+      const bool generated = Generated(line.substr(0, line.size() - EndsWithCr(line)));
+      if (StartsWith(line, "#") && (keepGenerated || !generated)) comments.push_back(line);
       continue;
     }
     Item item;
     bool identity = false;
     if (!ReadLine(entryLine, item.key, item.text, identity)) {
-      comments.clear();
+      std::fprintf(stderr, "%s:%zu: not an entry the library loads (see dict check): left out\n",
+                   path, i + 1);
+      ++dictionary.problems;
       continue;
     }
     item.translated = !identity && item.text != item.key;
     item.line = static_cast<int>(i) + 1;
     item.comments.swap(comments);
     // A later definition wins, as in the library; an obsolete line never beats a live one.
-    auto same = std::find_if(items.begin(), items.end(),
+    // The comments of both are kept.
+    auto same = std::find_if(dictionary.items.begin(), dictionary.items.end(),
                              [&](const Item& other) { return other.key == item.key; });
-    if (same == items.end())
-      items.push_back(item);
-    else if (item.translated || !same->translated)
-      *same = item;
+    if (same == dictionary.items.end()) {
+      dictionary.items.push_back(item);
+    } else {
+      std::vector<std::string> both = same->comments;
+      both.insert(both.end(), item.comments.begin(), item.comments.end());
+      if (item.translated || !same->translated) *same = item;
+      same->comments.swap(both);
+    }
   }
+  dictionary.trailer.swap(comments);
+}
+
+/// Writes one line as it was read, zero bytes included.
+void PutLine(std::FILE* out, const std::string& line) {
+  std::fwrite(line.data(), 1, line.size(), out);
+  std::fputc('\n', out);
 }
 
 bool KeyLess(const Item& a, const Item& b) {
@@ -206,26 +237,39 @@ int RunDictMerge(int argc, char** argv) {
   std::vector<std::string> translatedLines, templateLines;
   if (!ReadLines(translatedPath, translatedLines) || !ReadLines(parse.Operand(1), templateLines))
     return kUsage;
-  std::vector<Item> translated, used;
-  std::vector<std::string> header, templateHeader;
-  Parse(translatedLines, translated, header, false);
-  Parse(templateLines, used, templateHeader, true);
-  if (header.empty()) header = templateHeader;
+  Dictionary translatedDictionary, templateDictionary;
+  Parse(translatedPath, translatedLines, translatedDictionary, false);
+  Parse(parse.Operand(1), templateLines, templateDictionary, true);
+  std::vector<Item>& translated = translatedDictionary.items;
+  std::vector<Item>& used = templateDictionary.items;
+  const std::vector<std::string>& header =
+      translatedDictionary.header.empty() ? templateDictionary.header : translatedDictionary.header;
   std::sort(used.begin(), used.end(), KeyLess);
   std::sort(translated.begin(), translated.end(), KeyLess);
 
   std::FILE* out = OpenOutput(output);
   if (out == nullptr) return kUsage;
-  for (const std::string& line : header) std::fprintf(out, "%s\n", line.c_str());
-  int checks = 0;
+  for (const std::string& line : header) PutLine(out, line);
+  int checks = translatedDictionary.problems + templateDictionary.problems;
+  // An entry that cannot be written as a dictionary line is reported where it was read.
+  const auto write = [&](const char* path, int line, const std::string& key,
+                         const std::string& text, bool obsolete) {
+    if (WriteEntry(out, key, text, obsolete)) return;
+    std::fprintf(out, "# (not written: a zero byte, invalid UTF-8 or a line too long)\n");
+    std::fprintf(stderr,
+                 "%s:%d: this entry cannot be written to a dictionary (a zero byte, invalid "
+                 "UTF-8 or a line too long)\n",
+                 path, line);
+    ++checks;
+  };
   for (const Item& item : used) {
     std::fputc('\n', out);
     for (const std::string& use : item.comments)
-      if (Generated(use)) std::fprintf(out, "%s\n", use.c_str());
+      if (Generated(use)) PutLine(out, use);
     auto found = std::find_if(translated.begin(), translated.end(),
                               [&](const Item& t) { return t.key == item.key; });
     if (found != translated.end())
-      for (const std::string& comment : found->comments) std::fprintf(out, "%s\n", comment.c_str());
+      for (const std::string& comment : found->comments) PutLine(out, comment);
     if (found != translated.end() && found->translated) {
       CheckContext context{out, translatedPath, found->line, 0};
       checks += ConversionProblems(
@@ -236,19 +280,25 @@ int RunDictMerge(int argc, char** argv) {
             std::fprintf(stderr, "%s:%d: %s\n", c->name, c->line, message);
           },
           &context);
-      WriteEntry(out, found->key, found->text, false);
+      write(translatedPath, found->line, found->key, found->text, false);
     } else {
       std::fprintf(out, "# new\n");
-      WriteEntry(out, item.key, item.key, false);
+      write(parse.Operand(1), item.line, item.key, item.key, false);
     }
   }
+  bool anyObsolete = false;
   for (const Item& item : translated) {
     if (std::any_of(used.begin(), used.end(), [&](const Item& u) { return u.key == item.key; }))
       continue;
     std::fputc('\n', out);
-    for (const std::string& comment : item.comments) std::fprintf(out, "%s\n", comment.c_str());
-    WriteEntry(out, item.key, item.text, true);
+    for (const std::string& comment : item.comments) PutLine(out, comment);
+    write(translatedPath, item.line, item.key, item.text, true);
+    anyObsolete = true;
   }
+  // The translator's closing comments; a header alone keeps the blank line that makes it one.
+  if (!translatedDictionary.trailer.empty() || (used.empty() && !anyObsolete && !header.empty()))
+    std::fputc('\n', out);
+  for (const std::string& comment : translatedDictionary.trailer) PutLine(out, comment);
   if (!CloseOutput(out, output)) return kUsage;
   return checks > 0 ? kBadInput : kOk;
 }
