@@ -55,10 +55,10 @@ endfunction()
 # A consumer test: installs the build into a fresh prefix, builds the consumer in
 # CONSUMER_DIR against it with find_package and with pkg-config, runs it and matches EXPECT
 # (tests/install/run_consumer.cmake).
-#   kld_add_consumer_test(<name> LANG <C|CXX> EXE <program> EXPECT <regex> [LABELS ...]
-#                         [DEFINES -D...])
+#   kld_add_consumer_test(<name> LANG <C|CXX|Fortran> EXE <program> EXPECT <regex>
+#                         [LABELS ...] [DEFINES -D...] [RUN_ENV VAR=VALUE])
 function(kld_add_consumer_test name)
-  cmake_parse_arguments(ARG "" "LANG;EXE;EXPECT" "LABELS;DEFINES" ${ARGN})
+  cmake_parse_arguments(ARG "" "LANG;EXE;EXPECT;RUN_ENV" "LABELS;DEFINES" ${ARGN})
   add_test(NAME ${name}
     COMMAND ${CMAKE_COMMAND}
       -DBUILD_DIR=${PROJECT_BINARY_DIR}
@@ -69,6 +69,7 @@ function(kld_add_consumer_test name)
       -DCOMPILER=${CMAKE_${ARG_LANG}_COMPILER}
       "-DFLAGS=${CMAKE_${ARG_LANG}_FLAGS}"
       "-DLINKER_FLAGS=${CMAKE_EXE_LINKER_FLAGS}"
+      "-DRUN_ENV=${ARG_RUN_ENV}"
       ${ARG_DEFINES}
       -P ${PROJECT_SOURCE_DIR}/tests/install/run_consumer.cmake)
   set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 300 RUN_SERIAL ON)

@@ -1,8 +1,11 @@
 # Script mode: stage an install, build a consumer against it with find_package, run it and
-# check what it printed. LANG (CXX or C) names the consumer's language, EXE its program and
-# EXPECT a pattern its output must match; a C++ consumer is also built by hand from the
-# pkg-config file.
+# check what it printed. LANG (CXX, C or Fortran) names the consumer's language, EXE its
+# program and EXPECT a pattern its output must match; the consumer is also built by hand from
+# the pkg-config file. With SYSTEM, nothing is staged: the consumer is built against the
+# installation under /usr (the Debian packages). Programs run with RUN_ENV (VAR=VALUE...) and
+# get a fresh directory as their argument.
 file(REMOVE_RECURSE ${WORK_DIR})
+file(MAKE_DIRECTORY ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 
 function(run)
@@ -13,13 +16,17 @@ function(run)
   set(last_output "${out}" PARENT_SCOPE)
 endfunction()
 
-run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+set(prefix_path "")
+if(NOT SYSTEM)
+  run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+  set(prefix_path -DCMAKE_PREFIX_PATH=${prefix})
+endif()
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/build -G ${GENERATOR}
-    -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_${LANG}_COMPILER=${COMPILER}
+    ${prefix_path} -DCMAKE_${LANG}_COMPILER=${COMPILER}
     "-DCMAKE_${LANG}_FLAGS=${FLAGS}" "-DCMAKE_EXE_LINKER_FLAGS=${LINKER_FLAGS}"
     -DKLD_CONSUMER_STANDARD=${STANDARD})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
-run(${WORK_DIR}/build/${EXE})
+run(${CMAKE_COMMAND} -E env ${RUN_ENV} ${WORK_DIR}/build/${EXE} ${WORK_DIR})
 message(STATUS "${EXE}: ${last_output}")
 if(NOT last_output MATCHES "${EXPECT}")
   message(FATAL_ERROR "${EXE} did not print \"${EXPECT}\": ${last_output}")
@@ -27,13 +34,18 @@ endif()
 
 # The pkg-config file of the same install builds the consumer by hand, warnings as errors, as a
 # host's own build would (a C host included: no C++ flag may reach it).
-file(GLOB pc_files ${prefix}/lib*/pkgconfig/KLDTPXBasCoreUtils.pc)
-if(NOT pc_files)
-  message(FATAL_ERROR "no pkg-config file installed")
-endif()
 find_program(PKG_CONFIG pkg-config REQUIRED)
-get_filename_component(pc_dir ${pc_files} DIRECTORY)
-set(ENV{PKG_CONFIG_PATH} ${pc_dir})
+if(NOT SYSTEM)
+  file(GLOB pc_files ${prefix}/lib*/pkgconfig/KLDTPXBasCoreUtils.pc
+       ${prefix}/lib*/*/pkgconfig/KLDTPXBasCoreUtils.pc)
+  if(NOT pc_files)
+    message(FATAL_ERROR "no pkg-config file installed")
+  endif()
+  get_filename_component(pc_dir ${pc_files} DIRECTORY)
+  set(ENV{PKG_CONFIG_PATH} ${pc_dir})
+endif()
+run(${PKG_CONFIG} --variable=pcfiledir KLDTPXBasCoreUtils)
+string(STRIP "${last_output}" pc_dir)
 foreach(pc KLDTPXBasCoreUtils KLDTPXBasAtiStd)
   file(READ ${pc_dir}/${pc}.pc pc_text)
   if(pc_text MATCHES "//" OR pc_text MATCHES "-std=")
@@ -51,17 +63,24 @@ function(build_with_pkg_config source program)
   separate_arguments(flags UNIX_COMMAND "${flags}")
   # The .pc files carry no language standard (C hosts use them too): a C++ host asks for
   # C++17 itself, as it would in its own build.
-  set(standard "")
+  set(warnings -Wall -Wextra -Werror)
   if(LANG STREQUAL "CXX")
-    set(standard -std=c++17)
+    list(APPEND warnings -std=c++17)
+  elseif(LANG STREQUAL "Fortran")
+    set(warnings -Wall -Werror -std=f2008)
   endif()
-  run(${COMPILER} ${extra} ${standard} -Wall -Wextra -Werror ${source} ${flags}
-      -Wl,-rpath,${libdir} -o ${WORK_DIR}/${program})
-  run(${WORK_DIR}/${program})
+  run(${COMPILER} ${extra} ${warnings} ${source} ${flags} -Wl,-rpath,${libdir}
+      -o ${WORK_DIR}/${program})
+  file(MAKE_DIRECTORY ${WORK_DIR}/${program}.run)
+  run(${CMAKE_COMMAND} -E env ${RUN_ENV} ${WORK_DIR}/${program} ${WORK_DIR}/${program}.run)
 endfunction()
 
 if(LANG STREQUAL "C")
   build_with_pkg_config(${CONSUMER_DIR}/main.c kld_c_consumer_pc KLDTPXBasCoreUtils)
+  return()
+endif()
+if(LANG STREQUAL "Fortran")
+  build_with_pkg_config(${CONSUMER_DIR}/../caller.f90 kld_fortran_consumer_pc KLDTPXBasCoreUtils)
   return()
 endif()
 build_with_pkg_config(${CONSUMER_DIR}/main.cpp kld_consumer_pc KLDTPXBasCoreUtils)

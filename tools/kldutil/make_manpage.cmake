@@ -36,7 +36,8 @@ kldutil \\- the core utilities library's services on the command line
 ${main}.fi
 .SH COMMANDS
 ")
-foreach(command "natsort" "transcode" "dict;check" "format")
+foreach(command "natsort" "transcode" "dict;check" "dict;extract" "dict;merge" "dict;stats"
+                "format")
   help(text help ${command})
   string(REPLACE ";" " " title "${command}")
   string(APPEND page ".SS ${title}\n.nf\n${text}.fi\n")
@@ -47,3 +48,9 @@ string(APPEND page ".SH EXIT STATUS
 docs/kldutil.md in the library's sources.
 ")
 file(WRITE ${OUTPUT} "${page}")
+# Installed compressed, as manual pages are on Debian; -n keeps the file the same from build to
+# build.
+execute_process(COMMAND gzip -9 -n -f -k ${OUTPUT} RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "gzip failed on ${OUTPUT}")
+endif()
