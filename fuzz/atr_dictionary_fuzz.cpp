@@ -2,7 +2,10 @@
 //
 // The input becomes the dictionary file below a private directory named by KAL_PATH; after
 // the load, the raw key of every line that has one is translated and formatted with
-// arguments, so that hostile translations reach the format parser too.
+// arguments, so that hostile translations reach the format parser too. Every key the
+// dictionary scanner reads from the same bytes must then translate to the text of its last
+// definition, and a key that is not there to nothing: the loaded table's lookup agrees with
+// the plain reading of the file.
 #include "KLDTPXBasCoreUtils.h"
 #include "fuzz_Widths.h"
 
@@ -10,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <stdlib.h>
 #include <string>
 #include <sys/stat.h>
@@ -68,6 +72,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (key.find("%$") != std::string::npos) continue;  // fatal in a program's own format
     atr_String message = atr(key.c_str(), "a", 2, 3.5, utf8);
     if (std::strlen(message.CStr()) != message.Length()) __builtin_trap();
+  }
+
+  std::map<std::string, std::string> model;
+  if (std::FILE* in = std::fopen(file.c_str(), "rb")) {
+    atr_DictScanner scanner(in);
+    atr_DictLine line;
+    while (scanner.Next(line))
+      if (line.m_kind == atr_DictLineEntry)
+        model[std::string(line.m_key, static_cast<std::size_t>(line.m_keyLength))] =
+            std::string(line.m_text, static_cast<std::size_t>(line.m_textLength));
+    std::fclose(in);
+  }
+  for (const auto& [key, text] : model) {
+    const char* found = atr_trLookup(key.c_str());
+    if (found == nullptr || text != found) __builtin_trap();
+    if (model.count(key + "\x01") == 0 && atr_trLookup((key + "\x01").c_str()) != nullptr)
+      __builtin_trap();
   }
   atr_trReleaseDB();
   return 0;

@@ -1,4 +1,5 @@
-// atr_dictionary.cpp: reading the dictionary file into a sorted table, lookups and release.
+// atr_dictionary.cpp: reading the dictionary file into a sorted table with a hash index,
+// lookups and release.
 #include "atr_dictionary.h"
 
 #include "KLDTPXBasAssert.h"
@@ -8,6 +9,7 @@
 #include "mem_Alloc.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,6 +31,18 @@ struct atr_DictEntry {
 // the next release).
 int g_count = 0;
 atr_DictEntry* g_entries = nullptr;
+
+/// One slot of the index: the key's hash and its entry's position in g_entries plus one
+/// (0: an empty slot).
+struct atr_DictSlot {
+  std::uint32_t hash;
+  std::int32_t entry;
+};
+// Open-addressing index over g_entries, at most half full, so that a lookup hashes the text
+// once and compares it with one key (two on a rare hash collision) instead of searching the
+// sorted table. Null when it could not be allocated: lookups then search the table.
+atr_DictSlot* g_index = nullptr;
+std::uint32_t g_indexMask = 0;
 
 constexpr char kMarker[] = "'] = r'";
 constexpr int kMarkerLength = sizeof(kMarker) - 1;
@@ -81,6 +95,49 @@ void SortEntries(atr_DictEntry* entries, int count) {
   if (from != entries)
     std::memcpy(entries, from, sizeof(atr_DictEntry) * static_cast<size_t>(count));
   mem_Free(scratch);
+}
+
+/// Hash of the length bytes at text, eight at a time.
+std::uint64_t HashKey(const char* text, std::size_t length) {
+  constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15ull;
+  std::uint64_t h = length * kMultiplier;
+  std::size_t i = 0;
+  for (; i + 8 <= length; i += 8) {
+    std::uint64_t w;
+    std::memcpy(&w, text + i, 8);
+    h = (h ^ w) * kMultiplier;
+    h ^= h >> 29;
+  }
+  if (i < length) {
+    std::uint64_t w = 0;
+    std::memcpy(&w, text + i, length - i);
+    h = (h ^ w) * kMultiplier;
+    h ^= h >> 29;
+  }
+  h *= kMultiplier;
+  return h ^ (h >> 32);
+}
+
+/// Builds g_index over the count sorted entries. With equal keys the last of them, the later
+/// definition in the file, owns the slot, as the search of the sorted table finds it.
+void BuildIndex(const atr_DictEntry* entries, int count) {
+  std::uint32_t slots = 16;
+  while (slots < 2u * static_cast<std::uint32_t>(count)) slots *= 2;
+  auto* index = static_cast<atr_DictSlot*>(mem_Calloc(slots, sizeof(atr_DictSlot)));
+  if (index == nullptr) return;
+  const std::uint32_t mask = slots - 1;
+  for (int e = 0; e < count; ++e) {
+    const char* key = entries[e].key;
+    const auto hash = static_cast<std::uint32_t>(HashKey(key, std::strlen(key)));
+    std::uint32_t i = hash & mask;
+    while (index[i].entry != 0 &&
+           (index[i].hash != hash || std::strcmp(entries[index[i].entry - 1].key, key) != 0))
+      i = (i + 1) & mask;
+    index[i].hash = hash;
+    index[i].entry = e + 1;
+  }
+  g_index = index;
+  g_indexMask = mask;
 }
 
 void FreeEntries(atr_DictEntry* entries, int count) {
@@ -402,6 +459,7 @@ int atr_dictionary::ReadDictionary(std::FILE* file) {
   }
   SortEntries(entries, stored);
   g_entries = entries;
+  BuildIndex(entries, stored);
   return stored;
 }
 
@@ -411,6 +469,14 @@ int atr_dictionary::ReadDictionary(std::FILE* file) {
 
 const char* atr_dictionary::Lookup(const char* text) {
   if (g_count <= 0 || text == nullptr) return nullptr;
+  if (g_index != nullptr) {
+    const auto hash = static_cast<std::uint32_t>(HashKey(text, std::strlen(text)));
+    for (std::uint32_t i = hash & g_indexMask; g_index[i].entry != 0; i = (i + 1) & g_indexMask) {
+      const atr_DictEntry& entry = g_entries[g_index[i].entry - 1];
+      if (g_index[i].hash == hash && std::strcmp(entry.key, text) == 0) return entry.translation;
+    }
+    return nullptr;
+  }
   // The last entry whose key is not above text: with equal keys, the one defined last.
   int lo = 0, hi = g_count;
   while (lo < hi) {
@@ -479,6 +545,9 @@ const char* atr_trLookup(const char* text) { return atr_dictionary::Lookup(text)
 
 void atr_trReleaseDB() {
   if (g_entries != nullptr) FreeEntries(g_entries, g_count);
+  mem_Free(g_index);
+  g_index = nullptr;
+  g_indexMask = 0;
   g_entries = nullptr;
   g_count = 0;
 }
