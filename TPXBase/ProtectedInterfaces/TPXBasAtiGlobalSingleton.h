@@ -1,4 +1,5 @@
-// TPXBasAtiGlobalSingleton.h: process-wide objects created safely from any thread.
+/// @file TPXBasAtiGlobalSingleton.h
+/// Process-wide objects created safely from any thread.
 #ifndef TPXBASATIGLOBALSINGLETON_H
 #define TPXBASATIGLOBALSINGLETON_H
 

@@ -1,4 +1,5 @@
-// omi_Singleton.h: lock-free lazily created process-wide objects.
+/// @file omi_Singleton.h
+/// Lock-free lazily created process-wide objects.
 #ifndef OMI_SINGLETON_H
 #define OMI_SINGLETON_H
 

@@ -1,4 +1,5 @@
-/* KLDTPXBasCoreUtilsC.h: the library's entry points for C callers; compiles as C and as C++. */
+/** @file KLDTPXBasCoreUtilsC.h
+    The library's entry points for C callers; compiles as C and as C++. */
 #ifndef KLDTPXBASCOREUTILSC_H
 #define KLDTPXBASCOREUTILSC_H
 

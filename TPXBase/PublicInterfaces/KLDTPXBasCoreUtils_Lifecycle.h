@@ -1,4 +1,5 @@
-// KLDTPXBasCoreUtils_Lifecycle.h: nested initialise and finalise of the library and its modules.
+/// @file KLDTPXBasCoreUtils_Lifecycle.h
+/// Nested initialise and finalise of the library and its modules.
 #ifndef KLDTPXBASCOREUTILS_LIFECYCLE_H
 #define KLDTPXBASCOREUTILS_LIFECYCLE_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiAtomicDefault.h: atomic counters guarded by a mutex of the threading model.
+/// @file TPXBasAtiAtomicDefault.h
+/// Atomic counters guarded by a mutex of the threading model.
 #ifndef TPXBASATIATOMICDEFAULT_H
 #define TPXBASATIATOMICDEFAULT_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiAtomicTemplate.h: the atomic-counter interface, also its unsynchronised form.
+/// @file TPXBasAtiAtomicTemplate.h
+/// The atomic-counter interface, also its unsynchronised form.
 #ifndef TPXBASATIATOMICTEMPLATE_H
 #define TPXBASATIATOMICTEMPLATE_H
 

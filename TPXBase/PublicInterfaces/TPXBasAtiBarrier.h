@@ -1,4 +1,5 @@
-// TPXBasAtiBarrier.h: the barrier interface of the threading abstraction.
+/// @file TPXBasAtiBarrier.h
+/// The barrier interface of the threading abstraction.
 #ifndef TPXBASATIBARRIER_H
 #define TPXBASATIBARRIER_H
 

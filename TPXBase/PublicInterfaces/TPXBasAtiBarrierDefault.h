@@ -1,4 +1,5 @@
-// TPXBasAtiBarrierDefault.h: the library's two barriers.
+/// @file TPXBasAtiBarrierDefault.h
+/// The library's two barriers.
 #ifndef TPXBASATIBARRIERDEFAULT_H
 #define TPXBASATIBARRIERDEFAULT_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiCondVar.h: the condition-variable interface of the threading abstraction.
+/// @file TPXBasAtiCondVar.h
+/// The condition-variable interface of the threading abstraction.
 #ifndef TPXBASATICONDVAR_H
 #define TPXBASATICONDVAR_H
 

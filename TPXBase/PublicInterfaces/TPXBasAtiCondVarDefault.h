@@ -1,4 +1,5 @@
-// TPXBasAtiCondVarDefault.h: the library's two condition variables.
+/// @file TPXBasAtiCondVarDefault.h
+/// The library's two condition variables.
 #ifndef TPXBASATICONDVARDEFAULT_H
 #define TPXBASATICONDVARDEFAULT_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiDefaultThreadFact.h: the factory of placeholders that upgrade themselves.
+/// @file TPXBasAtiDefaultThreadFact.h
+/// The factory of placeholders that upgrade themselves.
 #ifndef TPXBASATIDEFAULTTHREADFACT_H
 #define TPXBASATIDEFAULTTHREADFACT_H
 

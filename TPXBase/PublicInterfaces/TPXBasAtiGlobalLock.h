@@ -1,4 +1,5 @@
-// TPXBasAtiGlobalLock.h: the one process-wide lock of global singletons.
+/// @file TPXBasAtiGlobalLock.h
+/// The one process-wide lock of global singletons.
 #ifndef TPXBASATIGLOBALLOCK_H
 #define TPXBASATIGLOBALLOCK_H
 

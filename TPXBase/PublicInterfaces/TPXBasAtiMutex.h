@@ -1,4 +1,5 @@
-// TPXBasAtiMutex.h: the mutex interface of the threading abstraction.
+/// @file TPXBasAtiMutex.h
+/// The mutex interface of the threading abstraction.
 #ifndef TPXBASATIMUTEX_H
 #define TPXBASATIMUTEX_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiMutexDefault.h: the library's two mutexes, auto-upgrading and single-threaded.
+/// @file TPXBasAtiMutexDefault.h
+/// The library's two mutexes, auto-upgrading and single-threaded.
 #ifndef TPXBASATIMUTEXDEFAULT_H
 #define TPXBASATIMUTEXDEFAULT_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiRegistry.h: the list of placeholder primitives a default thread factory issued.
+/// @file TPXBasAtiRegistry.h
+/// The list of placeholder primitives a default thread factory issued.
 #ifndef TPXBASATIREGISTRY_H
 #define TPXBASATIREGISTRY_H
 

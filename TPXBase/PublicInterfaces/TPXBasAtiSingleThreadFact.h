@@ -1,4 +1,5 @@
-// TPXBasAtiSingleThreadFact.h: the factory of primitives that do nothing.
+/// @file TPXBasAtiSingleThreadFact.h
+/// The factory of primitives that do nothing.
 #ifndef TPXBASATISINGLETHREADFACT_H
 #define TPXBASATISINGLETHREADFACT_H
 

@@ -1,5 +1,6 @@
-// TPXBasAtiStdThreadFact.h: a multi-threaded thread factory on the C++ standard library.
-// Defined in the optional library KLDTPXBasAtiStd, which a host links to install it.
+/// @file TPXBasAtiStdThreadFact.h
+/// A multi-threaded thread factory on the C++ standard library.
+/// Defined in the optional library KLDTPXBasAtiStd, which a host links to install it.
 #ifndef TPXBASATISTDTHREADFACT_H
 #define TPXBASATISTDTHREADFACT_H
 

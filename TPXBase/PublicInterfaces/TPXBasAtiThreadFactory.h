@@ -1,4 +1,5 @@
-// TPXBasAtiThreadFactory.h: the interface of a thread factory.
+/// @file TPXBasAtiThreadFactory.h
+/// The interface of a thread factory.
 #ifndef TPXBASATITHREADFACTORY_H
 #define TPXBASATITHREADFACTORY_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiThreadTask.h: a unit of work for a thread the host starts.
+/// @file TPXBasAtiThreadTask.h
+/// A unit of work for a thread the host starts.
 #ifndef TPXBASATITHREADTASK_H
 #define TPXBASATITHREADTASK_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiThreadingModel.h: the process-wide threading model and its static facade.
+/// @file TPXBasAtiThreadingModel.h
+/// The process-wide threading model and its static facade.
 #ifndef TPXBASATITHREADINGMODEL_H
 #define TPXBASATITHREADINGMODEL_H
 

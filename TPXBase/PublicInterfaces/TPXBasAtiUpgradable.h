@@ -1,4 +1,5 @@
-// TPXBasAtiUpgradable.h: the part of a placeholder primitive that can be made real in place.
+/// @file TPXBasAtiUpgradable.h
+/// The part of a placeholder primitive that can be made real in place.
 #ifndef TPXBASATIUPGRADABLE_H
 #define TPXBASATIUPGRADABLE_H
 

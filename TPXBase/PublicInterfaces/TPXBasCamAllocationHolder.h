@@ -1,4 +1,5 @@
-// TPXBasCamAllocationHolder.h: sizes of live allocations by caller-given id.
+/// @file TPXBasCamAllocationHolder.h
+/// Sizes of live allocations by caller-given id.
 #ifndef TPXBASCAMALLOCATIONHOLDER_H
 #define TPXBASCAMALLOCATIONHOLDER_H
 

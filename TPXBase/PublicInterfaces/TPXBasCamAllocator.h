@@ -1,4 +1,5 @@
-// TPXBasCamAllocator.h: allocators that draw from a pool of the cache manager.
+/// @file TPXBasCamAllocator.h
+/// Allocators that draw from a pool of the cache manager.
 #ifndef TPXBASCAMALLOCATOR_H
 #define TPXBASCAMALLOCATOR_H
 

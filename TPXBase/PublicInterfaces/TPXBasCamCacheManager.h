@@ -1,4 +1,5 @@
-// TPXBasCamCacheManager.h: the process-wide manager of large working memory.
+/// @file TPXBasCamCacheManager.h
+/// The process-wide manager of large working memory.
 #ifndef TPXBASCAMCACHEMANAGER_H
 #define TPXBASCAMCACHEMANAGER_H
 

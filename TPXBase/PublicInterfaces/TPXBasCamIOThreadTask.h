@@ -1,4 +1,5 @@
-// TPXBasCamIOThreadTask.h: the thread task that runs the cache manager's purging.
+/// @file TPXBasCamIOThreadTask.h
+/// The thread task that runs the cache manager's purging.
 #ifndef TPXBASCAMIOTHREADTASK_H
 #define TPXBASCAMIOTHREADTASK_H
 

@@ -1,4 +1,5 @@
-// TPXBasCamMemoryItem.h: a cached object whose bulk data the cache manager may purge.
+/// @file TPXBasCamMemoryItem.h
+/// A cached object whose bulk data the cache manager may purge.
 #ifndef TPXBASCAMMEMORYITEM_H
 #define TPXBASCAMMEMORYITEM_H
 

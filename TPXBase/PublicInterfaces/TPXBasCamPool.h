@@ -1,4 +1,5 @@
-// TPXBasCamPool.h: a named account of the cache manager's memory.
+/// @file TPXBasCamPool.h
+/// A named account of the cache manager's memory.
 #ifndef TPXBASCAMPOOL_H
 #define TPXBASCAMPOOL_H
 

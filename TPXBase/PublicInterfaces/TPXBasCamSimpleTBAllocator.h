@@ -1,4 +1,5 @@
-// TPXBasCamSimpleTBAllocator.h: small blocks carved out of chunks of another allocator.
+/// @file TPXBasCamSimpleTBAllocator.h
+/// Small blocks carved out of chunks of another allocator.
 #ifndef TPXBASCAMSIMPLETBALLOCATOR_H
 #define TPXBASCAMSIMPLETBALLOCATOR_H
 

@@ -1,4 +1,5 @@
-// TPXBasCamSizeRecorder.h: histogram of allocation sizes in power-of-two classes.
+/// @file TPXBasCamSizeRecorder.h
+/// Histogram of allocation sizes in power-of-two classes.
 #ifndef TPXBASCAMSIZERECORDER_H
 #define TPXBASCAMSIZERECORDER_H
 

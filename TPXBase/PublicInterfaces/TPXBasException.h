@@ -1,5 +1,6 @@
-// TPXBasException.h: the base of the library's exceptions and its three general-purpose
-// concrete classes (assertion, execution and pattern failures).
+/// @file TPXBasException.h
+/// The base of the library's exceptions and its three general-purpose
+/// concrete classes (assertion, execution and pattern failures).
 #ifndef TPXBASEXCEPTION_H
 #define TPXBASEXCEPTION_H
 

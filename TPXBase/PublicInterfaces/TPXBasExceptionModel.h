@@ -1,5 +1,6 @@
-// TPXBasExceptionModel.h: the replaceable factory of pattern-matcher exceptions and the
-// process-wide model that holds it.
+/// @file TPXBasExceptionModel.h
+/// The replaceable factory of pattern-matcher exceptions and the
+/// process-wide model that holds it.
 #ifndef TPXBASEXCEPTIONMODEL_H
 #define TPXBASEXCEPTIONMODEL_H
 

@@ -1,4 +1,5 @@
-// TPXBasMCAllocator.h: zero-filled blocks straight from the host allocation service.
+/// @file TPXBasMCAllocator.h
+/// Zero-filled blocks straight from the host allocation service.
 #ifndef TPXBASMCALLOCATOR_H
 #define TPXBASMCALLOCATOR_H
 

@@ -1,5 +1,6 @@
-/* TPXBasOsStringC.h: OS strings for C callers, and the conversions and file opening for
-   Fortran callers; compiles as C and as C++. */
+/** @file TPXBasOsStringC.h
+    OS strings for C callers, and the conversions and file opening for Fortran callers;
+    compiles as C and as C++. */
 #ifndef TPXBASOSSTRINGC_H
 #define TPXBASOSSTRINGC_H
 

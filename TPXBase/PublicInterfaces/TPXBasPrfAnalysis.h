@@ -1,5 +1,6 @@
-// TPXBasPrfAnalysis.h: the profiling interface: iterations, phases, I/O and informational
-// events with parameter lists. This build records nothing.
+/// @file TPXBasPrfAnalysis.h
+/// The profiling interface: iterations, phases, I/O and informational
+/// events with parameter lists. This build records nothing.
 #ifndef TPXBASPRFANALYSIS_H
 #define TPXBASPRFANALYSIS_H
 

@@ -1,5 +1,6 @@
-// TPXBasStringExceptions.h: the exceptions of failed conversions between UTF-8, the process
-// locale and the operating system's string forms.
+/// @file TPXBasStringExceptions.h
+/// The exceptions of failed conversions between UTF-8, the process
+/// locale and the operating system's string forms.
 #ifndef TPXBASSTRINGEXCEPTIONS_H
 #define TPXBASSTRINGEXCEPTIONS_H
 

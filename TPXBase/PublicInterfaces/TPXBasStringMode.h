@@ -1,4 +1,5 @@
-// TPXBasStringMode.h: the encoding of the texts a caller hands in and gets back.
+/// @file TPXBasStringMode.h
+/// The encoding of the texts a caller hands in and gets back.
 #ifndef TPXBASSTRINGMODE_H
 #define TPXBASSTRINGMODE_H
 

@@ -1,4 +1,5 @@
-// TPXBasSystemError.h: an operating-system error code and its message.
+/// @file TPXBasSystemError.h
+/// An operating-system error code and its message.
 #ifndef TPXBASSYSTEMERROR_H
 #define TPXBASSYSTEMERROR_H
 

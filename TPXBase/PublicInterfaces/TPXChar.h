@@ -1,4 +1,5 @@
-// TPXChar.h: one Unicode character with its UTF-32 code and its UTF-8 bytes.
+/// @file TPXChar.h
+/// One Unicode character with its UTF-32 code and its UTF-8 bytes.
 #ifndef TPXCHAR_H
 #define TPXCHAR_H
 

@@ -1,5 +1,6 @@
-// TPXOsString.h: a UTF-8 text converted once into one of the operating system's forms, and
-// the process-wide converter that the allocation library uses for its own names.
+/// @file TPXOsString.h
+/// A UTF-8 text converted once into one of the operating system's forms, and
+/// the process-wide converter that the allocation library uses for its own names.
 #ifndef TPXOSSTRING_H
 #define TPXOSSTRING_H
 

@@ -1,5 +1,6 @@
-// TPXString.h: the UTF-8 string whose positions, lengths and edits count characters, and its
-// iterator.
+/// @file TPXString.h
+/// The UTF-8 string whose positions, lengths and edits count characters, and its
+/// iterator.
 #ifndef TPXSTRING_H
 #define TPXSTRING_H
 

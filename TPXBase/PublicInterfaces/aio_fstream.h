@@ -1,4 +1,5 @@
-// aio_fstream.h: input and output streams opened on named files.
+/// @file aio_fstream.h
+/// Input and output streams opened on named files.
 #ifndef AIO_FSTREAM_H
 #define AIO_FSTREAM_H
 

@@ -1,4 +1,5 @@
-// aio_ios.h: base of the library's streams over standard I/O files.
+/// @file aio_ios.h
+/// Base of the library's streams over standard I/O files.
 #ifndef AIO_IOS_H
 #define AIO_IOS_H
 

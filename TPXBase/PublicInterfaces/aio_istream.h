@@ -1,4 +1,5 @@
-// aio_istream.h: input stream over a standard I/O file.
+/// @file aio_istream.h
+/// Input stream over a standard I/O file.
 #ifndef AIO_ISTREAM_H
 #define AIO_ISTREAM_H
 

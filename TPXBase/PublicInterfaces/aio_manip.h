@@ -1,4 +1,5 @@
-// aio_manip.h: format manipulators of the output streams.
+/// @file aio_manip.h
+/// Format manipulators of the output streams.
 #ifndef AIO_MANIP_H
 #define AIO_MANIP_H
 

@@ -1,4 +1,5 @@
-// aio_ostream.h: output stream over a standard I/O file.
+/// @file aio_ostream.h
+/// Output stream over a standard I/O file.
 #ifndef AIO_OSTREAM_H
 #define AIO_OSTREAM_H
 

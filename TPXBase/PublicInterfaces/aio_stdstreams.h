@@ -1,4 +1,5 @@
-// aio_stdstreams.h: the standard stream objects.
+/// @file aio_stdstreams.h
+/// The standard stream objects.
 #ifndef AIO_STDSTREAMS_H
 #define AIO_STDSTREAMS_H
 

@@ -1,4 +1,5 @@
-// atr_String.h: the library's public byte string and its higher operations.
+/// @file atr_String.h
+/// The library's public byte string and its higher operations.
 #ifndef ATR_STRING_H
 #define ATR_STRING_H
 

@@ -1,4 +1,5 @@
-// atr_StringBase.h: storage and editing primitives of the copy-on-write byte string.
+/// @file atr_StringBase.h
+/// Storage and editing primitives of the copy-on-write byte string.
 #ifndef ATR_STRINGBASE_H
 #define ATR_STRINGBASE_H
 

@@ -1,4 +1,5 @@
-// atr_StringBasePrv.h: a public wrapper over the byte string's protected operations.
+/// @file atr_StringBasePrv.h
+/// A public wrapper over the byte string's protected operations.
 #ifndef ATR_STRINGBASEPRV_H
 #define ATR_STRINGBASEPRV_H
 

@@ -1,5 +1,6 @@
-// atr_inspect.h: the dictionary file and format texts as the message translation reads them,
-// for tools that check dictionaries and messages before a host uses them.
+/// @file atr_inspect.h
+/// The dictionary file and format texts as the message translation reads them,
+/// for tools that check dictionaries and messages before a host uses them.
 #ifndef ATR_INSPECT_H
 #define ATR_INSPECT_H
 

@@ -1,4 +1,5 @@
-// atr_translate.h: building translated messages from printf-style formats and typed arguments.
+/// @file atr_translate.h
+/// Building translated messages from printf-style formats and typed arguments.
 #ifndef ATR_TRANSLATE_H
 #define ATR_TRANSLATE_H
 

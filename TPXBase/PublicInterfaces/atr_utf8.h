@@ -1,5 +1,6 @@
-// atr_utf8.h: stepping through, validating and converting byte texts between the library's
-// character encodings (none, the process locale, UTF-8, Latin-1) through UCS-4 code points.
+/// @file atr_utf8.h
+/// Stepping through, validating and converting byte texts between the library's
+/// character encodings (none, the process locale, UTF-8, Latin-1) through UCS-4 code points.
 #ifndef ATR_UTF8_H
 #define ATR_UTF8_H
 

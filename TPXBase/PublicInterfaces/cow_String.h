@@ -1,4 +1,5 @@
-// cow_String.h: the smallest public form of the copy-on-write byte string.
+/// @file cow_String.h
+/// The smallest public form of the copy-on-write byte string.
 #ifndef COW_STRING_H
 #define COW_STRING_H
 

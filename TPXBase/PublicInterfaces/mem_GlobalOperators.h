@@ -1,4 +1,5 @@
-// mem_GlobalOperators.h: the global allocation operator forms the core library exports.
+/// @file mem_GlobalOperators.h
+/// The global allocation operator forms the core library exports.
 #ifndef MEM_GLOBALOPERATORS_H
 #define MEM_GLOBALOPERATORS_H
 

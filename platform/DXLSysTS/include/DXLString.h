@@ -1,4 +1,5 @@
-// DXLString.h: the platform's byte string class (stand-in).
+/// @file DXLString.h
+/// The platform's byte string class (stand-in).
 #ifndef DXLSTRING_H
 #define DXLSTRING_H
 

@@ -1,4 +1,5 @@
-// DXLUnicodeString.h: the platform's UTF-16 string class (stand-in).
+/// @file DXLUnicodeString.h
+/// The platform's UTF-16 string class (stand-in).
 #ifndef DXLUNICODESTRING_H
 #define DXLUNICODESTRING_H
 

@@ -1,4 +1,5 @@
-// TPXBasAllocator.h: shared-ownership handle of an allocator.
+/// @file TPXBasAllocator.h
+/// Shared-ownership handle of an allocator.
 #ifndef TPXBASALLOCATOR_H
 #define TPXBASALLOCATOR_H
 

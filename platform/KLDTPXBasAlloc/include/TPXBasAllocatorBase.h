@@ -1,4 +1,5 @@
-// TPXBasAllocatorBase.h: one interface over every source of memory.
+/// @file TPXBasAllocatorBase.h
+/// One interface over every source of memory.
 #ifndef TPXBASALLOCATORBASE_H
 #define TPXBASALLOCATORBASE_H
 

@@ -1,4 +1,5 @@
-// TPXBasMemAllocator.h: the allocator over the host allocation service.
+/// @file TPXBasMemAllocator.h
+/// The allocator over the host allocation service.
 #ifndef TPXBASMEMALLOCATOR_H
 #define TPXBASMEMALLOCATOR_H
 

@@ -1,4 +1,5 @@
-// mem_Alloc.h: allocation entry points of the host allocation library (stand-in).
+/// @file mem_Alloc.h
+/// Allocation entry points of the host allocation library (stand-in).
 #ifndef MEM_ALLOC_H
 #define MEM_ALLOC_H
 

@@ -1,4 +1,5 @@
-// mem_AllocationOperators.h: the allocation operators every heap class of the library uses.
+/// @file mem_AllocationOperators.h
+/// The allocation operators every heap class of the library uses.
 #ifndef MEM_ALLOCATIONOPERATORS_H
 #define MEM_ALLOCATIONOPERATORS_H
 

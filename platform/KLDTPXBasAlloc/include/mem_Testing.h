@@ -1,4 +1,5 @@
-// mem_Testing.h: test controls of the allocation library stand-in.
+/// @file mem_Testing.h
+/// Test controls of the allocation library stand-in.
 #ifndef MEM_TESTING_H
 #define MEM_TESTING_H
 

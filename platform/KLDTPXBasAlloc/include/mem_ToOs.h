@@ -1,4 +1,5 @@
-// mem_ToOs.h: where the allocation library keeps the process's OS-string converter.
+/// @file mem_ToOs.h
+/// Where the allocation library keeps the process's OS-string converter.
 #ifndef MEM_TOOS_H
 #define MEM_TOOS_H
 

@@ -1,5 +1,6 @@
-// TPXBasGenericsLib.h: initialise and finalise of the sibling library KLDTPXBasGenericsLib
-// (stand-in).
+/// @file TPXBasGenericsLib.h
+/// Initialise and finalise of the sibling library KLDTPXBasGenericsLib
+/// (stand-in).
 #ifndef TPXBASGENERICSLIB_H
 #define TPXBASGENERICSLIB_H
 

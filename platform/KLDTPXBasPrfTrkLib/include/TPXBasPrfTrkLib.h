@@ -1,4 +1,5 @@
-// TPXBasPrfTrkLib.h: initialise and finalise of the sibling library KLDTPXBasPrfTrkLib (stand-in).
+/// @file TPXBasPrfTrkLib.h
+/// Initialise and finalise of the sibling library KLDTPXBasPrfTrkLib (stand-in).
 #ifndef TPXBASPRFTRKLIB_H
 #define TPXBASPRFTRKLIB_H
 
