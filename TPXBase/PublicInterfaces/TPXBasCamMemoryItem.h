@@ -32,7 +32,9 @@ class KLDTPXBAS_API TPXBasCamMemoryItem : public mem_AllocationOperators {
   /// Frees the bulk data and returns the bytes freed. 0 here.
   virtual unsigned int FreeBulkData();
 
+  /// Takes the item's mutex.
   void Lock();
+  /// Releases the item's mutex.
   void Unlock();
   /// Non-zero when the lock was taken.
   int TryLock();

@@ -14,6 +14,7 @@ class TPXBasStringMode {
  public:
   /// Explicit, so that a stray bool or pointer never passes for a mode.
   explicit TPXBasStringMode(bool isLocale) : m_isLocale(isLocale) {}
+  /// True for the process locale's encoding, false for UTF-8.
   bool IsLocale() const { return m_isLocale; }
 
  private:

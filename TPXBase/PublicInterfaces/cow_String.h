@@ -12,6 +12,7 @@ class KLDTPXBAS_API cow_String : public atr_StringBase {
   /// Copies exactly n bytes (zero bytes included); always has storage, also for n 0.
   cow_String(const char* text, int n) : atr_StringBase(text, n) {}
   ~cow_String() = default;
+  /// The bytes held, followed by a terminating zero.
   const char* CStr() const { return atr_StringBase::CStr(); }
 };
 

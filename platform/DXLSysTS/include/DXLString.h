@@ -13,8 +13,11 @@ class DXLSYSTS_API DXLString {
   DXLString();
   /// Copies text; null gives the empty string.
   DXLString(const char* text);  // NOLINT(google-explicit-constructor): platform conversion
+  /// Copies the text of other.
   DXLString(const DXLString& other);
+  /// Replaces the text by a copy of other's.
   DXLString& operator=(const DXLString& other);
+  /// Replaces the text by a copy of text; null gives the empty string.
   DXLString& operator=(const char* text);
   ~DXLString();
 

@@ -14,7 +14,9 @@ class DXLSYSTS_API DXLUnicodeString {
   DXLUnicodeString();
   /// From count UTF-16 units (copied); no validation.
   DXLUnicodeString(const unsigned short* units, int count);
+  /// Copies the code units of other.
   DXLUnicodeString(const DXLUnicodeString& other);
+  /// Replaces the code units by a copy of other's.
   DXLUnicodeString& operator=(const DXLUnicodeString& other);
   ~DXLUnicodeString();
 
