@@ -17,26 +17,37 @@
 template <class T>
 class KLDTPXBAS_API TPXBasAtiAtomicTemplate : public mem_AllocationOperators {
  public:
+  /// A counter holding initial.
   explicit TPXBasAtiAtomicTemplate(T initial) : m_value(initial) {}
+  /// A counter holding other's value.
   TPXBasAtiAtomicTemplate(const TPXBasAtiAtomicTemplate& other) : m_value(other.m_value) {}
   virtual ~TPXBasAtiAtomicTemplate() {}
 
   /// Copies the other object's value; returns this object.
   virtual TPXBasAtiAtomicTemplate& operator=(const TPXBasAtiAtomicTemplate& other);
+  /// Adds delta and returns the value after the change.
   virtual T Increment(T delta);
+  /// Subtracts delta and returns the value after the change.
   virtual T Decrement(T delta);
+  /// @{
+  /// Increment(1) or Decrement(1); every form returns the value after the change.
   virtual T operator++(int);
   virtual T operator++();
   virtual T operator--(int);
   virtual T operator--();
+  /// @}
+  /// @{
+  /// Increment(delta) or Decrement(delta); returns the value after the change.
   virtual T operator+=(T delta);
   virtual T operator-=(T delta);
+  /// @}
+  /// The current value.
   virtual operator T() const;
   /// 407 for all three instantiations.
   virtual int id() const;
 
  protected:
-  T m_value;
+  T m_value;  ///< The value of the plain counter; implementations that keep their own leave it alone.
 };
 
 // Implementation details.
