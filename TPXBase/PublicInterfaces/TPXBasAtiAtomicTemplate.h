@@ -29,18 +29,18 @@ class KLDTPXBAS_API TPXBasAtiAtomicTemplate : public mem_AllocationOperators {
   virtual T Increment(T delta);
   /// Subtracts delta and returns the value after the change.
   virtual T Decrement(T delta);
-  /// @{
-  /// Increment(1) or Decrement(1); every form returns the value after the change.
+  /// Increment(1); returns the value after the change, as the prefix form does.
   virtual T operator++(int);
+  /// Increment(1); returns the value after the change.
   virtual T operator++();
+  /// Decrement(1); returns the value after the change, as the prefix form does.
   virtual T operator--(int);
+  /// Decrement(1); returns the value after the change.
   virtual T operator--();
-  /// @}
-  /// @{
-  /// Increment(delta) or Decrement(delta); returns the value after the change.
+  /// Increment(delta); returns the value after the change.
   virtual T operator+=(T delta);
+  /// Decrement(delta); returns the value after the change.
   virtual T operator-=(T delta);
-  /// @}
   /// The current value.
   virtual operator T() const;
   /// 407 for all three instantiations.

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 
+/// @{
 /// Global operators exported by the library: the plain forms behave as the standard ones
 /// (standard heap; on failure the installed new-handler, then std::bad_alloc); the forms that
 /// also take a block type, a file name and a line ignore the three and behave as the plain ones.
@@ -15,5 +16,6 @@ KLDTPXBAS_API void* operator new[](std::size_t size, int blockType, const char* 
 KLDTPXBAS_API void operator delete(void* block, int blockType, const char* file, int line) noexcept;
 KLDTPXBAS_API void operator delete[](void* block, int blockType, const char* file,
                                      int line) noexcept;
+/// @}
 
 #endif  // MEM_GLOBALOPERATORS_H
