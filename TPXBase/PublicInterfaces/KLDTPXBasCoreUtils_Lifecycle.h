@@ -23,9 +23,9 @@ KLDTPXBAS_API void TPXBasCoreUtils_specific_finalize(int& tally);
 
 // Module hooks, one pair per module; a host may call them itself, they nest on their own count.
 /// @{
-/// Initialise and finalise the string module: the first initialise registers the library's OS-string
-/// converter with mem_ToOs (it stays registered) and sets the character classification from
-/// the environment.
+/// Initialise and finalise the string module: the first initialise registers the library's
+/// OS-string converter with mem_ToOs (it stays registered) and sets the character classification
+/// from the environment.
 KLDTPXBAS_API void TPXBasString_initialize(int& tally);
 KLDTPXBAS_API void TPXBasString_finalize(int& tally);
 /// @}
@@ -35,27 +35,27 @@ KLDTPXBAS_API void TPXBasPrf_initialize(int& tally);
 KLDTPXBAS_API void TPXBasPrf_finalize(int& tally);
 /// @}
 /// @{
-/// Initialise and finalise the exceptions module: the first initialise installs the default exception
-/// factory (TPXBasExcDefaultFactory); the last finalise destroys the exception model.
+/// Initialise and finalise the exceptions module: the first initialise installs the default
+/// exception factory (TPXBasExcDefaultFactory); the last finalise destroys the exception model.
 KLDTPXBAS_API void TPXBasExceptions_initialize(int& tally);
 KLDTPXBAS_API void TPXBasExceptions_finalize(int& tally);
 /// @}
 /// @{
-/// Initialise and finalise the cache allocation module: the cache manager is created on first use; the
-/// last finalise destroys it.
+/// Initialise and finalise the cache allocation module: the cache manager is created on first use;
+/// the last finalise destroys it.
 KLDTPXBAS_API void TPXBasCam_initialize(int& tally);
 KLDTPXBAS_API void TPXBasCam_finalize(int& tally);
 /// @}
 /// @{
-/// Initialise and finalise the message module: the first initialise sets up the byte strings and the
-/// natural-order switch (on unless KLD_USE_NATURAL_ORDER_SORT exists); the last finalise
+/// Initialise and finalise the message module: the first initialise sets up the byte strings and
+/// the natural-order switch (on unless KLD_USE_NATURAL_ORDER_SORT exists); the last finalise
 /// releases the translation dictionary and the string statistics.
 KLDTPXBAS_API void TPXBasAtr_initialize(int& tally);
 KLDTPXBAS_API void TPXBasAtr_finalize(int& tally);
 /// @}
 /// @{
-/// Initialise and finalise the threading module: the first initialise prepares the global lock; the last
-/// finalise destroys the threading model.
+/// Initialise and finalise the threading module: the first initialise prepares the global lock; the
+/// last finalise destroys the threading model.
 KLDTPXBAS_API void TPXBasAti_initialize(int& tally);
 KLDTPXBAS_API void TPXBasAti_finalize(int& tally);
 /// @}

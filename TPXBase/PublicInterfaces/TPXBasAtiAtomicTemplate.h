@@ -47,7 +47,8 @@ class KLDTPXBAS_API TPXBasAtiAtomicTemplate : public mem_AllocationOperators {
   virtual int id() const;
 
  protected:
-  T m_value;  ///< The value of the plain counter; implementations that keep their own leave it alone.
+  /// The value of the plain counter; implementations that keep their own leave it alone.
+  T m_value;
 };
 
 // Implementation details.

@@ -46,7 +46,8 @@ class KLDTPXBAS_API TPXBasAtiThreadFactory : public mem_AllocationOperators {
   /// Takes back a mutex the caller no longer uses.
   virtual void deleteMutex(TPXBasAtiMutex* m) = 0;
 
-  static const char* const stringID;  ///< "DEFAULT_NO_THREADS", the name AsString gives unless overridden.
+  /// "DEFAULT_NO_THREADS", the name AsString gives unless overridden.
+  static const char* const stringID;
 
  protected:
   TPXBasAtiThreadFactory() = default;

@@ -45,7 +45,7 @@ class KLDTPXBAS_API TPXBasCamBinHeader : public mem_AllocationOperators {
   TPXBasCamBinHeader* m_prev;  ///< Previous block on the free list; null while in use.
   TPXBasCamBinHeader* m_next;  ///< Next block on the free list; null while in use.
   int m_bin;  ///< The block's bin; at or above the bin count for a large block, -1 for a sentinel.
-  unsigned int m_size;  ///< Whole block size, header included.
+  unsigned int m_size;      ///< Whole block size, header included.
   TPXBasAtiMutex* m_mutex;  ///< The block's mutex; a free list's head lock is its sentinel's.
 };
 
@@ -216,7 +216,7 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
 /// @cond internal
 // Internal steps bind inside the library (no lookup through the exported symbol table).
 #define KLD_CAM_INTERNAL __attribute__((visibility("hidden")))
-/// @endcond
+  /// @endcond
   KLD_CAM_INTERNAL void* DoAlloc(unsigned int size, unsigned int& blockSize);
   KLD_CAM_INTERNAL void* AllocSlow(int bin, unsigned int size, unsigned int& blockSize);
   KLD_CAM_INTERNAL void* HandOut(TPXBasCamBinHeader* header, int bin, unsigned int allocSize);

@@ -18,7 +18,8 @@ struct KLDTPXBAS_API TPXBasCamTBHeader {
   TPXBasCamTBHeader() : m_link(nullptr), m_size(0) {}
   /// A header with no link and size units.
   explicit TPXBasCamTBHeader(int size) : m_link(nullptr), m_size(size) {}
-  TPXBasCamTBHeader* m_link;  ///< Next free block (free), the block itself (in use), or null (large).
+  /// Next free block (free), the block itself (in use), or null (large).
+  TPXBasCamTBHeader* m_link;
   int m_size;  ///< Size in units, header included; 0 for a large block.
 };
 
@@ -33,7 +34,7 @@ class KLDTPXBAS_API TPXBasCamSimpleTBAllocator : public TPXBasAllocatorBase {
  public:
   enum {
     kUnit = sizeof(TPXBasCamTBHeader),  ///< bytes of one unit of size
-    kLargeThreshold = 4096  ///< a request with its header at or above this goes to the large-block allocator
+    kLargeThreshold = 4096  ///< requests this large with their header go to the large blocks
   };
 
   /// Chunks and large blocks come from large (the handle is copied).

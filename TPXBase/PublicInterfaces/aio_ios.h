@@ -28,18 +28,18 @@ class KLDTPXBAS_API aio_ios : public mem_AllocationOperators {
 
   /// Format flags the streams look at; other bits are stored but have no effect.
   enum : int {
-    left = 0x0002,   ///< pad on the right; only when the adjustfield bits equal left
-    right = 0x0004,  ///< pad on the left (as any adjustfield value other than left)
+    left = 0x0002,         ///< pad on the right; only when the adjustfield bits equal left
+    right = 0x0004,        ///< pad on the left (as any adjustfield value other than left)
     adjustfield = 0x0006,  ///< mask of the padding side: left, right
-    dec = 0x0010,  ///< decimal (as any basefield value other than oct or hex)
-    oct = 0x0020,  ///< octal integers, when the basefield bits equal oct
-    hex = 0x0040,  ///< lower-case hexadecimal integers, when the basefield bits equal hex
-    basefield = 0x0070,  ///< mask of the integer radix: dec, oct, hex
-    showpoint = 0x0100,   ///< floating point with precision 0 still prints the decimal point
-    scientific = 0x0800,  ///< `e` notation, when the floatfield bits equal scientific
-    fixed = 0x1000,       ///< `f` notation, when the floatfield bits equal fixed; else `g`
-    floatfield = 0x1800,  ///< mask of the floating-point notation: scientific, fixed
-    widthonce = 0x2000  ///< the width applies to the next formatted output only
+    dec = 0x0010,          ///< decimal (as any basefield value other than oct or hex)
+    oct = 0x0020,          ///< octal integers, when the basefield bits equal oct
+    hex = 0x0040,          ///< lower-case hexadecimal integers, when the basefield bits equal hex
+    basefield = 0x0070,    ///< mask of the integer radix: dec, oct, hex
+    showpoint = 0x0100,    ///< floating point with precision 0 still prints the decimal point
+    scientific = 0x0800,   ///< `e` notation, when the floatfield bits equal scientific
+    fixed = 0x1000,        ///< `f` notation, when the floatfield bits equal fixed; else `g`
+    floatfield = 0x1800,   ///< mask of the floating-point notation: scientific, fixed
+    widthonce = 0x2000     ///< the width applies to the next formatted output only
   };
 
   /// Seek origins, passed to the seek of the standard I/O library as they are.
@@ -97,11 +97,11 @@ class KLDTPXBAS_API aio_ios : public mem_AllocationOperators {
   constexpr aio_ios() noexcept = default;
 
   FILE* m_file = nullptr;  ///< The file; null when unattached.
-  int m_flags = 0;  ///< The format flags.
-  int m_state = 0;  ///< The state bits.
-  int m_precision = 6;  ///< The precision of floating-point output.
-  int m_width = 0;  ///< The width of formatted output.
-  bool m_owned = false;  ///< Whether the stream closes its file.
+  int m_flags = 0;         ///< The format flags.
+  int m_state = 0;         ///< The state bits.
+  int m_precision = 6;     ///< The precision of floating-point output.
+  int m_width = 0;         ///< The width of formatted output.
+  bool m_owned = false;    ///< Whether the stream closes its file.
 };
 
 #endif  // AIO_IOS_H
