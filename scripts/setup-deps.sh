@@ -5,6 +5,7 @@
 #   bench   Google Benchmark and the libraries the benchmarks compare with
 #   fuzz    clang 14 and its sanitizer runtimes
 #   dev     clang-format, clang-tidy
+#   docs    Doxygen: the API reference (scripts/build-docs.sh)
 #   package what builds and checks the Debian packages (dpkg-dev, file, lintian)
 # With no group: build. As root the missing packages are installed (one line says which);
 # otherwise one line gives the apt-get command to run, and the script fails only when the
@@ -21,9 +22,10 @@ packages_of() {
     bench) echo libbenchmark-dev libicu-dev libjemalloc-dev libfmt-dev ;;
     fuzz) echo clang-14 libclang-rt-14-dev ;;
     dev) echo clang-format clang-tidy ;;
+    docs) echo doxygen ;;
     package) echo dpkg-dev file lintian ;;
     *)
-      echo "setup-deps: unknown group '$1' (build, tests, bench, fuzz, dev, package)" >&2
+      echo "setup-deps: unknown group '$1' (build, tests, bench, fuzz, dev, docs, package)" >&2
       exit 2
       ;;
   esac

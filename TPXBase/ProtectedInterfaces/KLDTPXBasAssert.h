@@ -1,4 +1,5 @@
-// KLDTPXBasAssert.h: the one assertion macro of the library.
+/// @file KLDTPXBasAssert.h
+/// The one assertion macro of the library.
 #ifndef KLDTPXBASASSERT_H
 #define KLDTPXBASASSERT_H
 

@@ -1,4 +1,5 @@
-// TPXBasAtiGlobalSingleton.h: process-wide objects created safely from any thread.
+/// @file TPXBasAtiGlobalSingleton.h
+/// Process-wide objects created safely from any thread.
 #ifndef TPXBASATIGLOBALSINGLETON_H
 #define TPXBASATIGLOBALSINGLETON_H
 
@@ -34,7 +35,10 @@ class KLDTPXBAS_API TPXBasAtiGlobalSingleton : public mem_AllocationOperators {
   /// next Instance() creates both afresh.
   static void Finalize();
 
+  /// Takes Class's mutex (a placeholder that excludes nothing until the host installs its
+  /// thread factory).
   void Lock() volatile { m_lock->Lock(); }
+  /// Releases Class's mutex.
   void Unlock() volatile { m_lock->Unlock(); }
 
  protected:

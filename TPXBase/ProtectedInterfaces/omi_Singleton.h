@@ -1,4 +1,5 @@
-// omi_Singleton.h: lock-free lazily created process-wide objects.
+/// @file omi_Singleton.h
+/// Lock-free lazily created process-wide objects.
 #ifndef OMI_SINGLETON_H
 #define OMI_SINGLETON_H
 
@@ -36,8 +37,8 @@ class omi_SingletonBase : public mem_AllocationOperators {
   /// The instance, or null when there is none.
   static T* Instance() { return instance != nullptr ? static_cast<T*>(instance) : nullptr; }
 
-  // The instance is kept as a pointer to this base, set by the base constructor, and turned
-  // into a T* only once T is fully built.
+  /// The instance, or null. Kept as a pointer to this base, set by the base constructor, and
+  /// turned into a T* only once T is fully built.
   static omi_SingletonBase* instance;
 
   template <class U>

@@ -1,5 +1,6 @@
-// KLDTPXBasCoreUtils.h: umbrella header; declares every exported class and function of the
-// library and of the platform stand-ins it imports. A host needs no other include.
+/// @file KLDTPXBasCoreUtils.h
+/// Umbrella header; declares every exported class and function of the
+/// library and of the platform stand-ins it imports. A host needs no other include.
 #ifndef KLDTPXBASCOREUTILS_H
 #define KLDTPXBASCOREUTILS_H
 

@@ -1,4 +1,5 @@
-// KLDTPXBasExport.h: the one export macro of the library and its platform stand-ins.
+/// @file KLDTPXBasExport.h
+/// The one export macro of the library and its platform stand-ins.
 #ifndef KLDTPXBASEXPORT_H
 #define KLDTPXBASEXPORT_H
 

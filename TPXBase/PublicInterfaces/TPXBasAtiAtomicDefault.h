@@ -1,4 +1,5 @@
-// TPXBasAtiAtomicDefault.h: atomic counters guarded by a mutex of the threading model.
+/// @file TPXBasAtiAtomicDefault.h
+/// Atomic counters guarded by a mutex of the threading model.
 #ifndef TPXBASATIATOMICDEFAULT_H
 #define TPXBASATIATOMICDEFAULT_H
 
@@ -16,7 +17,10 @@
 /// A copy gets a guard of its own from the threading model; it never shares the source's.
 class KLDTPXBAS_API TPXBasAtiAtomicDefault : public TPXBasAtiAtomicTemplate<unsigned int> {
  public:
+  /// A counter holding initial, with a guard mutex from the threading model (std::bad_alloc
+  /// when none can be had).
   explicit TPXBasAtiAtomicDefault(unsigned int initial);
+  /// A counter holding other's value, with a guard of its own.
   TPXBasAtiAtomicDefault(const TPXBasAtiAtomicDefault& other);
   /// Destroys the guard.
   ~TPXBasAtiAtomicDefault() override;
@@ -24,10 +28,14 @@ class KLDTPXBAS_API TPXBasAtiAtomicDefault : public TPXBasAtiAtomicTemplate<unsi
   /// Stores the other counter's value as read through its interface.
   TPXBasAtiAtomicTemplate<unsigned int>& operator=(
       const TPXBasAtiAtomicTemplate<unsigned int>& other) override;
+  /// Adds delta under the guard; returns the value after the change.
   unsigned int Increment(unsigned int delta) override;
+  /// Subtracts delta under the guard; returns the value after the change.
   unsigned int Decrement(unsigned int delta) override;
+  /// The current value, read without the guard.
   operator unsigned int() const override;
   int id() const override;
+  /// Stores value, without the guard.
   virtual void operator=(unsigned int value);
   /// Copies the value only; each counter keeps its own guard.
   virtual TPXBasAtiAtomicDefault& operator=(const TPXBasAtiAtomicDefault& other);
@@ -42,17 +50,24 @@ class KLDTPXBAS_API TPXBasAtiAtomicDefault : public TPXBasAtiAtomicTemplate<unsi
 class KLDTPXBAS_API TPXBasAtiAtomicIntDefault : public TPXBasAtiAtomicTemplate<int>,
                                                 public TPXBasAtiUpgradable {
  public:
+  /// A counter holding initial, with a guard mutex from the threading model (std::bad_alloc
+  /// when none can be had).
   explicit TPXBasAtiAtomicIntDefault(int initial);
+  /// A counter holding other's value, with a guard of its own.
   TPXBasAtiAtomicIntDefault(const TPXBasAtiAtomicIntDefault& other);
   /// Destroys the guard and forgets it.
   ~TPXBasAtiAtomicIntDefault() override;
 
   /// Stores the other counter's value as read through its interface.
   TPXBasAtiAtomicTemplate<int>& operator=(const TPXBasAtiAtomicTemplate<int>& other) override;
+  /// Adds delta under the guard; returns the value after the change.
   int Increment(int delta) override;
+  /// Subtracts delta under the guard; returns the value after the change.
   int Decrement(int delta) override;
+  /// The current value, read without the guard.
   operator int() const override;
   int id() const override;
+  /// Stores value, without the guard.
   virtual void operator=(int value);
   /// Copies the value only; each counter keeps its own guard.
   virtual TPXBasAtiAtomicIntDefault& operator=(const TPXBasAtiAtomicIntDefault& other);

@@ -1,4 +1,5 @@
-// TPXBasAtiAtomicTemplate.h: the atomic-counter interface, also its unsynchronised form.
+/// @file TPXBasAtiAtomicTemplate.h
+/// The atomic-counter interface, also its unsynchronised form.
 #ifndef TPXBASATIATOMICTEMPLATE_H
 #define TPXBASATIATOMICTEMPLATE_H
 
@@ -16,25 +17,37 @@
 template <class T>
 class KLDTPXBAS_API TPXBasAtiAtomicTemplate : public mem_AllocationOperators {
  public:
+  /// A counter holding initial.
   explicit TPXBasAtiAtomicTemplate(T initial) : m_value(initial) {}
+  /// A counter holding other's value.
   TPXBasAtiAtomicTemplate(const TPXBasAtiAtomicTemplate& other) : m_value(other.m_value) {}
   virtual ~TPXBasAtiAtomicTemplate() {}
 
   /// Copies the other object's value; returns this object.
   virtual TPXBasAtiAtomicTemplate& operator=(const TPXBasAtiAtomicTemplate& other);
+  /// Adds delta and returns the value after the change.
   virtual T Increment(T delta);
+  /// Subtracts delta and returns the value after the change.
   virtual T Decrement(T delta);
+  /// Increment(1); returns the value after the change, as the prefix form does.
   virtual T operator++(int);
+  /// Increment(1); returns the value after the change.
   virtual T operator++();
+  /// Decrement(1); returns the value after the change, as the prefix form does.
   virtual T operator--(int);
+  /// Decrement(1); returns the value after the change.
   virtual T operator--();
+  /// Increment(delta); returns the value after the change.
   virtual T operator+=(T delta);
+  /// Decrement(delta); returns the value after the change.
   virtual T operator-=(T delta);
+  /// The current value.
   virtual operator T() const;
   /// 407 for all three instantiations.
   virtual int id() const;
 
  protected:
+  /// The value of the plain counter; implementations that keep their own leave it alone.
   T m_value;
 };
 

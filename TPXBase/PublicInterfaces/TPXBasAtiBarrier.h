@@ -1,4 +1,5 @@
-// TPXBasAtiBarrier.h: the barrier interface of the threading abstraction.
+/// @file TPXBasAtiBarrier.h
+/// The barrier interface of the threading abstraction.
 #ifndef TPXBASATIBARRIER_H
 #define TPXBASATIBARRIER_H
 
@@ -10,6 +11,8 @@
 class KLDTPXBAS_API TPXBasAtiBarrier : public mem_AllocationOperators {
  public:
   virtual ~TPXBasAtiBarrier();
+  /// Waits at the barrier for n threads; the standard factory's barrier returns once n
+  /// threads have arrived in the current round.
   virtual void BarrierSync(unsigned int n) = 0;
   /// A fixed number per implementation; 301 unless overridden.
   virtual int id() const;

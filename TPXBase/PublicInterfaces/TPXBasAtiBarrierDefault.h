@@ -1,4 +1,5 @@
-// TPXBasAtiBarrierDefault.h: the library's two barriers.
+/// @file TPXBasAtiBarrierDefault.h
+/// The library's two barriers.
 #ifndef TPXBASATIBARRIERDEFAULT_H
 #define TPXBASATIBARRIERDEFAULT_H
 
@@ -17,6 +18,7 @@ class KLDTPXBAS_API TPXBasAtiBarrierDefault : public TPXBasAtiBarrier, public TP
  public:
   /// Leaves the issuing factory's registry and destroys the real barrier.
   ~TPXBasAtiBarrierDefault() override;
+  /// Returns at once until upgraded; afterwards the real barrier's BarrierSync(n).
   void BarrierSync(unsigned int n) override;
   int id() const override;
   /// Keeps f->newBarrier() (f null: fatal); false when f gave none. Once upgraded, further
@@ -34,6 +36,7 @@ class KLDTPXBAS_API TPXBasAtiBarrierDefault : public TPXBasAtiBarrier, public TP
 /// Issued by the single-threaded factory: BarrierSync returns at once (id() 302).
 class KLDTPXBAS_API TPXBasAtiBarrierSingle : public TPXBasAtiBarrier {
  public:
+  /// Returns at once.
   void BarrierSync(unsigned int n) override;
   int id() const override;
 

@@ -1,4 +1,5 @@
-// TPXBasAtiCondVar.h: the condition-variable interface of the threading abstraction.
+/// @file TPXBasAtiCondVar.h
+/// The condition-variable interface of the threading abstraction.
 #ifndef TPXBASATICONDVAR_H
 #define TPXBASATICONDVAR_H
 
@@ -14,7 +15,9 @@
 class KLDTPXBAS_API TPXBasAtiCondVar : public mem_AllocationOperators {
  public:
   virtual ~TPXBasAtiCondVar();
+  /// Takes the condition variable's own lock.
   virtual void Lock() = 0;
+  /// Releases the lock, which the calling thread holds.
   virtual void Unlock() = 0;
   /// Called with the lock held: releases it while waiting and holds it again on return.
   virtual void WaitForSignal(int) = 0;

@@ -1,4 +1,5 @@
-// TPXBasAtiCondVarDefault.h: the library's two condition variables.
+/// @file TPXBasAtiCondVarDefault.h
+/// The library's two condition variables.
 #ifndef TPXBASATICONDVARDEFAULT_H
 #define TPXBASATICONDVARDEFAULT_H
 
@@ -29,7 +30,7 @@ class KLDTPXBAS_API TPXBasAtiCondVarDefault : public TPXBasAtiCondVar, public TP
   /// calls keep what is held and return true.
   bool UpgradeYourself(TPXBasAtiThreadFactory* f) override;
 
-  static const char* const m_stringID;
+  static const char* const m_stringID;  ///< The text AsString gives: "AUTO_UPGRADING_CONDVAR".
 
  private:
   friend class TPXBasAtiDefaultThreadFact;
@@ -50,7 +51,7 @@ class KLDTPXBAS_API TPXBasAtiCondVarSingle : public TPXBasAtiCondVar {
   /// "SINGLE_THREADED_CONDVAR".
   virtual const char* AsString() const;
 
-  static const char* const m_stringID;
+  static const char* const m_stringID;  ///< The text AsString gives: "SINGLE_THREADED_CONDVAR".
 
  private:
   friend class TPXBasAtiSingleThreadFact;

@@ -1,4 +1,5 @@
-// TPXBasAtiDefaultThreadFact.h: the factory of placeholders that upgrade themselves.
+/// @file TPXBasAtiDefaultThreadFact.h
+/// The factory of placeholders that upgrade themselves.
 #ifndef TPXBASATIDEFAULTTHREADFACT_H
 #define TPXBASATIDEFAULTTHREADFACT_H
 
@@ -19,14 +20,22 @@ class KLDTPXBAS_API TPXBasAtiDefaultThreadFact : public TPXBasAtiThreadFactory {
   /// Frees the registry; the primitives issued live on (upgraded or not).
   ~TPXBasAtiDefaultThreadFact() override;
 
+  /// A TPXBasAtiAtomicDefault whose guard mutex is a registered placeholder.
   TPXBasAtiAtomicTemplate<unsigned int>* newAtomic(unsigned int initial) const override;
+  /// A registered TPXBasAtiMutexDefault.
   TPXBasAtiMutex* newMutex() const override;
+  /// A registered TPXBasAtiCondVarDefault (fatal to use before the upgrade).
   TPXBasAtiCondVar* newCondVar() const override;
+  /// A registered TPXBasAtiBarrierDefault.
   TPXBasAtiBarrier* newBarrier() const override;
+  /// @{
+  /// Do nothing: before the upgrade there is only one thread.
   void ReadWriteMemoryBarrier() const override;
   void WriteMemoryBarrier() const override;
   void ReadMemoryBarrier() const override;
+  /// @}
   void Relinquish() const override;
+  /// False.
   bool multiThread() const override;
   const char* AsString() const override;
   /// Upgrades every registered primitive, in registration order, to f (f null: fatal);
@@ -42,7 +51,7 @@ class KLDTPXBAS_API TPXBasAtiDefaultThreadFact : public TPXBasAtiThreadFactory {
   /// What the factory issued so far (for hosts that want to inspect it).
   const TPXBasAtiRegistry& Registry() const { return m_registry; }
 
-  static const char* const m_stringID;
+  static const char* const m_stringID;  ///< "AUTO_UPGRADING", the name AsString gives.
 
  private:
   mutable TPXBasAtiRegistry m_registry;

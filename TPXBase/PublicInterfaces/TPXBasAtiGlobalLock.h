@@ -1,4 +1,5 @@
-// TPXBasAtiGlobalLock.h: the one process-wide lock of global singletons.
+/// @file TPXBasAtiGlobalLock.h
+/// The one process-wide lock of global singletons.
 #ifndef TPXBASATIGLOBALLOCK_H
 #define TPXBASATIGLOBALLOCK_H
 
@@ -14,10 +15,13 @@ class KLDTPXBAS_API TPXBasAtiGlobalLock {
   TPXBasAtiGlobalLock();
   ~TPXBasAtiGlobalLock();
 
+  /// Prepares the lock; the library calls it when it is loaded.
   static void Initialize();
   /// Releases nothing.
   static void Finalize();
+  /// Takes the lock, waiting while another thread holds it (an absent lock is fatal).
   static void Lock();
+  /// Releases the lock once, which the calling thread holds.
   static void Unlock();
 
  private:

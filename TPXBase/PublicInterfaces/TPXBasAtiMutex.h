@@ -1,4 +1,5 @@
-// TPXBasAtiMutex.h: the mutex interface of the threading abstraction.
+/// @file TPXBasAtiMutex.h
+/// The mutex interface of the threading abstraction.
 #ifndef TPXBASATIMUTEX_H
 #define TPXBASATIMUTEX_H
 
@@ -14,6 +15,7 @@ class KLDTPXBAS_API TPXBasAtiMutex : public mem_AllocationOperators {
   virtual ~TPXBasAtiMutex();
   /// Blocks until the calling thread holds the mutex.
   virtual void Lock() = 0;
+  /// Releases the mutex, which the calling thread holds.
   virtual void Unlock() = 0;
   /// Takes the mutex without blocking when it is free: 1 when it was obtained, else 0.
   virtual int TryLock() = 0;

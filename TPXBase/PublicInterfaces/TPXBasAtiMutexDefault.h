@@ -1,4 +1,5 @@
-// TPXBasAtiMutexDefault.h: the library's two mutexes, auto-upgrading and single-threaded.
+/// @file TPXBasAtiMutexDefault.h
+/// The library's two mutexes, auto-upgrading and single-threaded.
 #ifndef TPXBASATIMUTEXDEFAULT_H
 #define TPXBASATIMUTEXDEFAULT_H
 
@@ -30,7 +31,7 @@ class KLDTPXBAS_API TPXBasAtiMutexDefault : public TPXBasAtiMutex, public TPXBas
   /// calls keep the mutex already held and return true.
   bool UpgradeYourself(TPXBasAtiThreadFactory* f) override;
 
-  static const char* const m_stringID;
+  static const char* const m_stringID;  ///< The text AsString gives: "AUTO_UPGRADING_MUTEX".
 
  private:
   friend class TPXBasAtiDefaultThreadFact;
@@ -52,7 +53,7 @@ class KLDTPXBAS_API TPXBasAtiMutexSingle : public TPXBasAtiMutex {
   /// "SINGLE_THREADED_MUTEX".
   virtual const char* AsString() const;
 
-  static const char* const m_stringID;
+  static const char* const m_stringID;  ///< The text AsString gives: "SINGLE_THREADED_MUTEX".
 
  private:
   friend class TPXBasAtiSingleThreadFact;

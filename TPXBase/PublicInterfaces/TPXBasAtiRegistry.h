@@ -1,4 +1,5 @@
-// TPXBasAtiRegistry.h: the list of placeholder primitives a default thread factory issued.
+/// @file TPXBasAtiRegistry.h
+/// The list of placeholder primitives a default thread factory issued.
 #ifndef TPXBASATIREGISTRY_H
 #define TPXBASATIREGISTRY_H
 
@@ -52,7 +53,9 @@ class KLDTPXBAS_API TPXBasAtiRegistry : public mem_AllocationOperators {
   void Delete(TPXBasAtiUpgradable* p);
   /// Entry i; i must be below Count() (not checked).
   TPXBasAtiUpgradable* Get(int i) const { return m_entries[i]; }
+  /// Number of entries appended so far, taken-out ones included.
   unsigned int Count() const { return m_count; }
+  /// Number of entries the arrays hold before they grow.
   unsigned int Capacity() const { return m_capacity; }
 
  private:
@@ -73,9 +76,13 @@ class KLDTPXBAS_API TPXBasAtiRegistry : public mem_AllocationOperators {
 /// Next(); }. Entries registered after First() are not visited. Not started, it is done.
 class KLDTPXBAS_API TPXBasAtiRegistryIterator : public mem_AllocationOperators {
  public:
+  /// An iterator over registry, which must outlive it; not started.
   explicit TPXBasAtiRegistryIterator(const TPXBasAtiRegistry& registry);
+  /// Starts at the first entry and fixes the end at the registry's count now.
   void First();
+  /// Whether the position is past the last entry to visit.
   bool IsDone() const;
+  /// Moves to the next entry.
   void Next() { ++m_current; }
   /// The entry at the position (null for a taken-out one, and at the end). A position
   /// outside [0, count] is a broken invariant (fatal).

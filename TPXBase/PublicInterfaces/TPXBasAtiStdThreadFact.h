@@ -1,5 +1,6 @@
-// TPXBasAtiStdThreadFact.h: a multi-threaded thread factory on the C++ standard library.
-// Defined in the optional library KLDTPXBasAtiStd, which a host links to install it.
+/// @file TPXBasAtiStdThreadFact.h
+/// A multi-threaded thread factory on the C++ standard library.
+/// Defined in the optional library KLDTPXBasAtiStd, which a host links to install it.
 #ifndef TPXBASATISTDTHREADFACT_H
 #define TPXBASATISTDTHREADFACT_H
 
@@ -24,25 +25,38 @@
 class KLDTPXBAS_API TPXBasAtiStdThreadFact : public TPXBasAtiThreadFactory {
  public:
   /// id() of what the factory issues.
-  enum { kMutexId = 710, kCondVarId = 711, kBarrierId = 712, kAtomicId = 713 };
+  enum {
+    kMutexId = 710,    ///< of its mutexes
+    kCondVarId = 711,  ///< of its condition variables
+    kBarrierId = 712,  ///< of its barriers
+    kAtomicId = 713    ///< of its atomic counters
+  };
 
   TPXBasAtiStdThreadFact();
   ~TPXBasAtiStdThreadFact() override;
 
+  /// A counter on std::atomic.
   TPXBasAtiAtomicTemplate<unsigned int>* newAtomic(unsigned int initial) const override;
+  /// A mutex that excludes; not recursive.
   TPXBasAtiMutex* newMutex() const override;
+  /// A condition variable as described for the class.
   TPXBasAtiCondVar* newCondVar() const override;
+  /// A reusable barrier as described for the class.
   TPXBasAtiBarrier* newBarrier() const override;
+  /// A sequentially consistent std::atomic_thread_fence.
   void ReadWriteMemoryBarrier() const override;
+  /// A release std::atomic_thread_fence.
   void WriteMemoryBarrier() const override;
+  /// An acquire std::atomic_thread_fence.
   void ReadMemoryBarrier() const override;
   void Relinquish() const override;
+  /// True.
   bool multiThread() const override;
   const char* AsString() const override;
   /// Destroys m, whichever factory issued it (null is ignored).
   void deleteMutex(TPXBasAtiMutex* m) override;
 
-  static const char* const m_stringID;
+  static const char* const m_stringID;  ///< "STD_THREADS", the name AsString gives.
 };
 
 #endif  // TPXBASATISTDTHREADFACT_H

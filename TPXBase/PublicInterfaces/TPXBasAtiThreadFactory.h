@@ -1,4 +1,5 @@
-// TPXBasAtiThreadFactory.h: the interface of a thread factory.
+/// @file TPXBasAtiThreadFactory.h
+/// The interface of a thread factory.
 #ifndef TPXBASATITHREADFACTORY_H
 #define TPXBASATITHREADFACTORY_H
 
@@ -19,15 +20,23 @@
 class KLDTPXBAS_API TPXBasAtiThreadFactory : public mem_AllocationOperators {
  public:
   virtual ~TPXBasAtiThreadFactory();
+  /// A new atomic counter holding initial, owned by the caller; null when none can be made.
   virtual TPXBasAtiAtomicTemplate<unsigned int>* newAtomic(unsigned int initial) const = 0;
+  /// A new mutex, not held, owned by the caller; null when none can be made.
   virtual TPXBasAtiMutex* newMutex() const = 0;
+  /// A new condition variable, owned by the caller; null when none can be made.
   virtual TPXBasAtiCondVar* newCondVar() const = 0;
+  /// A new barrier, owned by the caller; null when none can be made.
   virtual TPXBasAtiBarrier* newBarrier() const = 0;
+  /// Full memory fence: no load or store moves across it.
   virtual void ReadWriteMemoryBarrier() const = 0;
+  /// Store fence (release): earlier writes are visible before later ones.
   virtual void WriteMemoryBarrier() const = 0;
+  /// Load fence (acquire): later reads are not done before earlier ones.
   virtual void ReadMemoryBarrier() const = 0;
   /// Gives up the processor.
   virtual void Relinquish() const = 0;
+  /// Whether the factory's primitives really synchronise threads.
   virtual bool multiThread() const = 0;
   /// The factory's name; stringID ("DEFAULT_NO_THREADS") unless overridden.
   virtual const char* AsString() const;
@@ -37,6 +46,7 @@ class KLDTPXBAS_API TPXBasAtiThreadFactory : public mem_AllocationOperators {
   /// Takes back a mutex the caller no longer uses.
   virtual void deleteMutex(TPXBasAtiMutex* m) = 0;
 
+  /// "DEFAULT_NO_THREADS", the name AsString gives unless overridden.
   static const char* const stringID;
 
  protected:

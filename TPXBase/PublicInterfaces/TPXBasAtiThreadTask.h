@@ -1,4 +1,5 @@
-// TPXBasAtiThreadTask.h: a unit of work for a thread the host starts.
+/// @file TPXBasAtiThreadTask.h
+/// A unit of work for a thread the host starts.
 #ifndef TPXBASATITHREADTASK_H
 #define TPXBASATITHREADTASK_H
 
@@ -10,6 +11,8 @@
 class KLDTPXBAS_API TPXBasAtiThreadTask : public mem_AllocationOperators {
  public:
   virtual ~TPXBasAtiThreadTask();
+  /// Does the work in the calling thread and returns when it is done; the argument's meaning
+  /// belongs to the task.
   virtual void Run(int) = 0;
 
  protected:

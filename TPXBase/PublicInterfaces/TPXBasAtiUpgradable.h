@@ -1,4 +1,5 @@
-// TPXBasAtiUpgradable.h: the part of a placeholder primitive that can be made real in place.
+/// @file TPXBasAtiUpgradable.h
+/// The part of a placeholder primitive that can be made real in place.
 #ifndef TPXBASATIUPGRADABLE_H
 #define TPXBASATIUPGRADABLE_H
 
@@ -22,8 +23,11 @@ class KLDTPXBAS_API TPXBasAtiUpgradable : public mem_AllocationOperators {
  protected:
   TPXBasAtiUpgradable() = default;
   ~TPXBasAtiUpgradable() = default;
+  /// @{
+  /// Copying is left to the primitive that derives from this part (the part holds nothing).
   TPXBasAtiUpgradable(const TPXBasAtiUpgradable&) = default;
   TPXBasAtiUpgradable& operator=(const TPXBasAtiUpgradable&) = default;
+  /// @}
 };
 
 #endif  // TPXBASATIUPGRADABLE_H

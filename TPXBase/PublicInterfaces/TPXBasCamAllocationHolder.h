@@ -1,4 +1,5 @@
-// TPXBasCamAllocationHolder.h: sizes of live allocations by caller-given id.
+/// @file TPXBasCamAllocationHolder.h
+/// Sizes of live allocations by caller-given id.
 #ifndef TPXBASCAMALLOCATIONHOLDER_H
 #define TPXBASCAMALLOCATIONHOLDER_H
 
@@ -32,6 +33,7 @@ class KLDTPXBAS_API TPXBasCamAllocationHolder
   /// Where Summary writes (null: nowhere, the initial state). Not closed by the holder.
   void SetSummaryFile(FILE* file) { m_file = file; }
 
+  /// Number of ids the table covers now (a multiple of 100).
   unsigned int Capacity() const { return m_capacity; }
   /// The recorded size, or kFree.
   unsigned int SizeOf(unsigned int id) const { return id < m_capacity ? m_sizes[id] : kFree; }

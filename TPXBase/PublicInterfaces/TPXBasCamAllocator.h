@@ -1,4 +1,5 @@
-// TPXBasCamAllocator.h: allocators that draw from a pool of the cache manager.
+/// @file TPXBasCamAllocator.h
+/// Allocators that draw from a pool of the cache manager.
 #ifndef TPXBASCAMALLOCATOR_H
 #define TPXBASCAMALLOCATOR_H
 
@@ -25,10 +26,11 @@ class KLDTPXBAS_API TPXBasCamAllocator : public TPXBasAllocatorBase {
   void* allocate(unsigned int size, const void* hint) override;
   void deallocate(void* block, unsigned int size) override;
 
+  /// The pool the blocks come from.
   TPXBasCamPool* Pool() const { return mPool; }
 
  protected:
-  TPXBasCamPool* mPool;
+  TPXBasCamPool* mPool;  ///< The pool the blocks come from; never null.
 };
 
 /// The same without zero-filling; Alloc(size, allocated) sets allocated to 0 when the pool

@@ -1,4 +1,5 @@
-// TPXBasCamCacheManager.h: the process-wide manager of large working memory.
+/// @file TPXBasCamCacheManager.h
+/// The process-wide manager of large working memory.
 #ifndef TPXBASCAMCACHEMANAGER_H
 #define TPXBASCAMCACHEMANAGER_H
 
@@ -36,14 +37,16 @@ class KLDTPXBAS_API TPXBasCamBinHeader : public mem_AllocationOperators {
       : m_prev(nullptr), m_next(nullptr), m_bin(bin), m_size(size), m_mutex(mutex) {}
   ~TPXBasCamBinHeader();
 
+  /// Takes the header's mutex.
   void Lock() { m_mutex->Lock(); }
+  /// Releases the header's mutex.
   void Unlock() { m_mutex->Unlock(); }
 
-  TPXBasCamBinHeader* m_prev;
-  TPXBasCamBinHeader* m_next;
-  int m_bin;
-  unsigned int m_size;
-  TPXBasAtiMutex* m_mutex;
+  TPXBasCamBinHeader* m_prev;  ///< Previous block on the free list; null while in use.
+  TPXBasCamBinHeader* m_next;  ///< Next block on the free list; null while in use.
+  int m_bin;  ///< The block's bin; at or above the bin count for a large block, -1 for a sentinel.
+  unsigned int m_size;      ///< Whole block size, header included.
+  TPXBasAtiMutex* m_mutex;  ///< The block's mutex; a free list's head lock is its sentinel's.
 };
 
 /// Hands out large blocks in page-rounded size classes (bins) from the host allocation
@@ -67,14 +70,14 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
                                             public TPXBasMemCacheManager {
  public:
   enum {
-    kPageSize = 4096,
-    kHeaderSize = 32,
-    kMostBins = 18,
-    kDefaultBins = 16,
-    kDefaultLimit = 20971520,
-    kMostReserve = 524288000,
-    kDefaultTolerance = 104857600,
-    kAlignedAbove = 1048576
+    kPageSize = 4096,               ///< block sizes are rounded up to pages
+    kHeaderSize = 32,               ///< bytes of the TPXBasCamBinHeader in front of a block
+    kMostBins = 18,                 ///< most bins KAL_CAM_NUMBER_OF_BINS can ask for
+    kDefaultBins = 16,              ///< bins without KAL_CAM_NUMBER_OF_BINS
+    kDefaultLimit = 20971520,       ///< memory limit of a new manager (20 MB)
+    kMostReserve = 524288000,       ///< ceiling of the reserve cap (500 MB)
+    kDefaultTolerance = 104857600,  ///< tracking tolerance without KAL_CAM_TRACKINGTOL (100 MB)
+    kAlignedAbove = 1048576         ///< requests of the last bin get the alignment allowance
   };
 
   // Allocation.
@@ -84,7 +87,9 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   void* Alloc(unsigned int size, unsigned int& blockSize);
   /// Gives a block back (null: 0); returns its whole size.
   unsigned int Free(void* block);
+  /// The whole size of a block of this manager, header included (null: 0).
   unsigned int AllocSize(void* block) const;
+  /// The bytes of a block the caller may use: AllocSize less the header (null: 0).
   unsigned int ActualSizeForUse(void* block) const;
   /// Returns every free-list block to the host.
   void ClearFreeList();
@@ -102,18 +107,27 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   int AddPools(int count, const char* const* names);
   /// The pool with that id, or null for an id AddPools never made.
   TPXBasCamPool* GetPool(int id) const;
+  /// TPXBasCamPool::SetMemoryLimit on the pool id; an unknown id is ignored.
   void SetPoolLimit(int id, unsigned int low, unsigned int high, double tolerance);
+  /// TPXBasCamPool::ZeroMax on every pool.
   void ZeroMaxInPools();
+  /// Number of pools made so far.
   int NumPools() const { return m_numPools; }
 
   // Purge lists and items.
   /// n new lists; returns the index of the first.
   int AddPurgeList(int n);
+  /// Number of purge lists made so far.
   int NumPurgeLists() const { return m_purgeList->NumPurgeLists(); }
   /// The order in which purging visits the lists; the caller may rearrange it.
   int* PurgeOrder() { return m_purgeList->PurgeOrder(); }
+  /// Enters the chain first to last (one item: first == last, or a chain made with
+  /// TPXBasCamMemoryItem::Link) into purge list list at the place policy says; an unknown list
+  /// is ignored.
   void AddItem(int list, TPXBasCamCachePolicyEnm policy, TPXBasCamMemoryItem* first,
                TPXBasCamMemoryItem* last);
+  /// Takes item out of its purge list before its owner uses the data again: true when the data
+  /// is still there (the item is out of the list), false when it was purged or never listed.
   bool RemoveItem(TPXBasCamMemoryItem* item);
   unsigned int Purge(int list, unsigned int bytes) override;
 
@@ -124,18 +138,26 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   /// Asks a running PurgeTask to return and wakes it. The caller then joins the thread. A
   /// request made before the task starts makes it return at once.
   void StopPurgeTask();
+  /// Whether a PurgeTask is running.
   bool PurgeThreadRunning() const { return m_purgeThreadRunning.load(std::memory_order_acquire); }
 
   // Error handler.
   /// Deletes the handler held and takes ownership of handler (null: the default report).
   void SetErrorHandler(TPXBasCamMemoryErrorHandler* handler);
+  /// The handler held (owned by the manager), or null for the default report.
   TPXBasCamMemoryErrorHandler* GetErrorHandler() const { return m_errorHandler; }
 
   // Statistics.
   /// Statistics are collected while a stream is set (null stops them). std::bad_alloc when
   /// the counters cannot be allocated.
   void SetDbFile(FILE* file);
+  /// The statistics stream, or null.
   FILE* DbFile() const { return m_dbFile; }
+  /// Hands out the statistics: memory in use and free-list bytes now; per pool the bytes in use,
+  /// in use at the last maximum-point snapshot, the staged and the overall peak; per purge list
+  /// the bytes now and at the snapshot; per bin the free bytes now and at the snapshot; the
+  /// allocation count at the snapshot. The arrays are copies made by this call, valid until the
+  /// next SetDbFile, AddPools or AddPurgeList.
   void MemorySummary(unsigned int& memoryCurrent, unsigned int& freeListBytes, int& numPools,
                      unsigned int*& poolCurrent, unsigned int*& poolCurrentAtMax,
                      unsigned int*& poolStagedMax, unsigned int*& poolMax, int& numLists,
@@ -144,19 +166,33 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
                      unsigned int& allocCountAtMax);
 
   // State, read without locks.
+  /// The memory limit in force.
   unsigned int MemoryLimit() const { return m_memoryLimit.load(std::memory_order_relaxed); }
+  /// Whole block sizes in use, free-list blocks excluded.
   unsigned int MemoryCurrent() const { return m_memoryCurrent.load(std::memory_order_relaxed); }
   /// Bytes on all free lists (the bins count them separately; this sums them).
   unsigned int FreeListBytes() const;
+  /// The high fraction of the limit: above it, with a free list below the reserve cap, the
+  /// manager purges.
   unsigned int MemoryHighMark() const { return m_memoryHighMark.load(std::memory_order_relaxed); }
+  /// The low fraction of the limit (takes part in no purge decision).
   unsigned int MemoryLowMark() const { return m_memoryLowMark.load(std::memory_order_relaxed); }
+  /// The reserve fraction of the limit, at most kMostReserve: purging stops once the free lists
+  /// hold this much.
   unsigned int ReserveCap() const { return m_reserveCap.load(std::memory_order_relaxed); }
+  /// Bytes a SetMemoryLimit in progress asks purging to free; 0 otherwise.
   unsigned int PendingRequest() const { return m_pendingRequest.load(std::memory_order_relaxed); }
+  /// Bytes memory in use must grow above the last snapshot before the next one is taken.
   unsigned int TrackingTolerance() const { return m_trackingTolerance; }
+  /// Memory in use at the last maximum-point snapshot.
   unsigned int LastMaxPoint() const { return m_lastMaxPoint; }
+  /// Number of Alloc calls so far, from any thread.
   unsigned int AllocCount() const;
+  /// True when the last purge found nothing more to free (and before any item was entered).
   bool PurgeExhausted() const { return m_purgeExhausted.load(std::memory_order_acquire); }
+  /// Number of bins in use (KAL_CAM_NUMBER_OF_BINS, 16 by default).
   int NumBins() const { return m_numBins; }
+  /// The alignment allowance of the last bin (KAL_CAM_MEMORY_ALIGNMENT, 0 by default).
   int Alignment() const { return m_alignment; }
   /// Bytes on one bin's free list, counted by walking it (no locks: call while quiet).
   unsigned int BinFreeBytes(int bin) const;
@@ -177,8 +213,10 @@ class KLDTPXBAS_API TPXBasCamCacheManager : public TPXBasAtiGlobalSingleton<TPXB
   friend class TPXBasCamPool;
   struct BinRecord;
 
+/// @cond internal
 // Internal steps bind inside the library (no lookup through the exported symbol table).
 #define KLD_CAM_INTERNAL __attribute__((visibility("hidden")))
+  /// @endcond
   KLD_CAM_INTERNAL void* DoAlloc(unsigned int size, unsigned int& blockSize);
   KLD_CAM_INTERNAL void* AllocSlow(int bin, unsigned int size, unsigned int& blockSize);
   KLD_CAM_INTERNAL void* HandOut(TPXBasCamBinHeader* header, int bin, unsigned int allocSize);

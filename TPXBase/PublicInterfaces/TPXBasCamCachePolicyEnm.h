@@ -1,4 +1,5 @@
-// TPXBasCamCachePolicyEnm.h: where a group of cached items enters a purge list.
+/// @file TPXBasCamCachePolicyEnm.h
+/// Where a group of cached items enters a purge list.
 #ifndef TPXBASCAMCACHEPOLICYENM_H
 #define TPXBASCAMCACHEPOLICYENM_H
 

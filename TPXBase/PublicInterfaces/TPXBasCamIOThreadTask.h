@@ -1,4 +1,5 @@
-// TPXBasCamIOThreadTask.h: the thread task that runs the cache manager's purging.
+/// @file TPXBasCamIOThreadTask.h
+/// The thread task that runs the cache manager's purging.
 #ifndef TPXBASCAMIOTHREADTASK_H
 #define TPXBASCAMIOTHREADTASK_H
 
@@ -18,8 +19,11 @@ class TPXBasCamCacheManager;
 ///   purger.join();
 class KLDTPXBAS_API TPXBasCamIOThreadTask : public TPXBasAtiThreadTask {
  public:
+  /// A task that purges for manager, which must outlive it.
   explicit TPXBasCamIOThreadTask(TPXBasCamCacheManager* manager) : m_manager(manager) {}
   ~TPXBasCamIOThreadTask() override;
+  /// Runs manager's PurgeTask in the calling thread until StopPurgeTask; the argument is
+  /// ignored.
   void Run(int) override;
 
  private:

@@ -1,4 +1,5 @@
-// TPXBasCamMemoryErrorHandler.h: the cache manager's out-of-memory callback.
+/// @file TPXBasCamMemoryErrorHandler.h
+/// The cache manager's out-of-memory callback.
 #ifndef TPXBASCAMMEMORYERRORHANDLER_H
 #define TPXBASCAMMEMORYERRORHANDLER_H
 

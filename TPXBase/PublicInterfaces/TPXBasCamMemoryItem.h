@@ -1,4 +1,5 @@
-// TPXBasCamMemoryItem.h: a cached object whose bulk data the cache manager may purge.
+/// @file TPXBasCamMemoryItem.h
+/// A cached object whose bulk data the cache manager may purge.
 #ifndef TPXBASCAMMEMORYITEM_H
 #define TPXBASCAMMEMORYITEM_H
 
@@ -31,7 +32,9 @@ class KLDTPXBAS_API TPXBasCamMemoryItem : public mem_AllocationOperators {
   /// Frees the bulk data and returns the bytes freed. 0 here.
   virtual unsigned int FreeBulkData();
 
+  /// Takes the item's mutex.
   void Lock();
+  /// Releases the item's mutex.
   void Unlock();
   /// Non-zero when the lock was taken.
   int TryLock();

@@ -1,4 +1,5 @@
-// TPXBasCamPurgeList.h: the lists of cached items, purged front first.
+/// @file TPXBasCamPurgeList.h
+/// The lists of cached items, purged front first.
 #ifndef TPXBASCAMPURGELIST_H
 #define TPXBASCAMPURGELIST_H
 

@@ -1,4 +1,5 @@
-// TPXBasCamSimpleTBAllocator.h: small blocks carved out of chunks of another allocator.
+/// @file TPXBasCamSimpleTBAllocator.h
+/// Small blocks carved out of chunks of another allocator.
 #ifndef TPXBASCAMSIMPLETBALLOCATOR_H
 #define TPXBASCAMSIMPLETBALLOCATOR_H
 
@@ -13,10 +14,13 @@ class TPXBasCamPool;
 /// free block in address order; a block in use links to itself; a large block has link null
 /// and size 0.
 struct KLDTPXBAS_API TPXBasCamTBHeader {
+  /// A header with no link and size 0.
   TPXBasCamTBHeader() : m_link(nullptr), m_size(0) {}
+  /// A header with no link and size units.
   explicit TPXBasCamTBHeader(int size) : m_link(nullptr), m_size(size) {}
+  /// Next free block (free), the block itself (in use), or null (large).
   TPXBasCamTBHeader* m_link;
-  int m_size;
+  int m_size;  ///< Size in units, header included; 0 for a large block.
 };
 
 /// First-fit allocator of small blocks over an address-ordered ring of free blocks, carved
@@ -28,7 +32,10 @@ struct KLDTPXBAS_API TPXBasCamTBHeader {
 /// not given back. Not thread-safe: one thread at a time.
 class KLDTPXBAS_API TPXBasCamSimpleTBAllocator : public TPXBasAllocatorBase {
  public:
-  enum { kUnit = sizeof(TPXBasCamTBHeader), kLargeThreshold = 4096 };
+  enum {
+    kUnit = sizeof(TPXBasCamTBHeader),  ///< bytes of one unit of size
+    kLargeThreshold = 4096  ///< requests this large with their header go to the large blocks
+  };
 
   /// Chunks and large blocks come from large (the handle is copied).
   TPXBasCamSimpleTBAllocator(const TPXBasAllocator& large, bool fixed, unsigned int blockSize,
@@ -72,11 +79,17 @@ class KLDTPXBAS_API TPXBasCamSimpleTBAllocator : public TPXBasAllocatorBase {
   }
   /// Returns its own large-block allocator.
   const TPXBasAllocator& LargeBlockAllocator(const TPXBasAllocator& fallback) const override;
+  /// @{
+  /// Alloc(size) and Free under the standard-allocator names; hint and size are ignored.
   void* allocate(unsigned int size, const void* hint) override;
   void deallocate(void* block, unsigned int size) override;
+  /// @}
 
+  /// Whether the allocator is in fixed-size mode.
   bool Fixed() const { return m_fixed; }
+  /// Units of every small block, header included, in fixed-size mode; 0 otherwise.
   unsigned int BlockUnits() const { return m_blockUnits; }
+  /// Units of each chunk; in fixed-size mode a whole number of blocks, at least one.
   unsigned int ChunkUnits() const { return m_chunkUnits; }
 
  private:

@@ -1,4 +1,5 @@
-// TPXBasCamSizeRecorder.h: histogram of allocation sizes in power-of-two classes.
+/// @file TPXBasCamSizeRecorder.h
+/// Histogram of allocation sizes in power-of-two classes.
 #ifndef TPXBASCAMSIZERECORDER_H
 #define TPXBASCAMSIZERECORDER_H
 
@@ -17,18 +18,24 @@ extern template class KLDTPXBAS_API TPXBasAtiGlobalSingleton<TPXBasCamSizeRecord
 /// callers on several threads bracket their calls with the singleton's Lock()/Unlock().
 class KLDTPXBAS_API TPXBasCamSizeRecorder : public TPXBasAtiGlobalSingleton<TPXBasCamSizeRecorder> {
  public:
-  enum { kClasses = 35 };
+  enum { kClasses = 35 /**< number of size classes */ };
 
+  /// Counts one allocation of size bytes in its class.
   void Register(unsigned int size);
   /// Writes the histogram to the summary stream; nothing without one.
   void Summary();
   /// Where Summary writes (null: nowhere, the initial state). Not closed by the recorder.
   void SetSummaryFile(FILE* file) { m_file = file; }
 
+  /// Largest size of class cls (0 for classes 31 to 34); cls in [0, kClasses), unchecked.
   unsigned int Bound(int cls) const { return m_bounds[cls]; }
+  /// Bytes registered in class cls (wraps past 2^32).
   unsigned int Bytes(int cls) const { return m_bytes[cls]; }
+  /// Allocations registered in class cls.
   unsigned int Count(int cls) const { return m_counts[cls]; }
+  /// Bytes registered in all classes (wraps past 2^32).
   unsigned int TotalBytes() const { return m_totalBytes; }
+  /// Allocations registered in all classes.
   unsigned int TotalCount() const { return m_totalCount; }
 
  private:

@@ -1,5 +1,6 @@
-// TPXBasException.h: the base of the library's exceptions and its three general-purpose
-// concrete classes (assertion, execution and pattern failures).
+/// @file TPXBasException.h
+/// The base of the library's exceptions and its three general-purpose
+/// concrete classes (assertion, execution and pattern failures).
 #ifndef TPXBASEXCEPTION_H
 #define TPXBASEXCEPTION_H
 
@@ -29,6 +30,7 @@ class KLDTPXBAS_API TPXBasException : public mem_AllocationOperators {
   [[noreturn]] virtual void Propagate() const = 0;
   /// A heap copy (delete it; it shares its strings with this object); null for the base.
   virtual TPXBasException* Clone() const;
+  /// The fixed code of the concrete class (300 and up).
   virtual int GetCode() const = 0;
 
   /// Records file and line (file is not copied: pass a text that lives for the process), the
@@ -37,12 +39,16 @@ class KLDTPXBAS_API TPXBasException : public mem_AllocationOperators {
 
   /// The place recorded by Throw: null and 0 until then.
   const char* GetFile() const { return m_file; }
+  /// The line recorded by Throw: 0 until then.
   int GetLine() const { return m_line; }
 
  protected:
   TPXBasException() = default;
+  /// @{
+  /// Copies the recorded place.
   TPXBasException(const TPXBasException& other) = default;
   TPXBasException& operator=(const TPXBasException& other) = default;
+  /// @}
 
  private:
   const char* m_file = nullptr;
@@ -55,12 +61,15 @@ class KLDTPXBAS_API TPXBasAssertException : public TPXBasException {
  public:
   /// The condition is the text formatted through "%s" (null gives "").
   explicit TPXBasAssertException(const char* condition);
+  /// A copy sharing the texts of other.
   TPXBasAssertException(const TPXBasAssertException& other);
   ~TPXBasAssertException() override;
   atr_String AsString(TPXBasStringMode mode) const override;
   [[noreturn]] void Propagate() const override;
   TPXBasException* Clone() const override;
+  /// 300.
   int GetCode() const override;
+  /// The condition text.
   const char* GetCondition() const { return m_condition.CStr(); }
 
  private:
@@ -70,13 +79,17 @@ class KLDTPXBAS_API TPXBasAssertException : public TPXBasException {
 /// A pattern matcher's execution failure. Code 301; "rgx_match: exec error: %d".
 class KLDTPXBAS_API TPXBasExecException : public TPXBasException {
  public:
+  /// The failure of execution with the matcher's error code count.
   explicit TPXBasExecException(int count);
+  /// A copy sharing the texts of other.
   TPXBasExecException(const TPXBasExecException& other);
   ~TPXBasExecException() override;
   atr_String AsString(TPXBasStringMode mode) const override;
   [[noreturn]] void Propagate() const override;
   TPXBasException* Clone() const override;
+  /// 301.
   int GetCode() const override;
+  /// The matcher's error code.
   int GetCount() const { return m_count; }
 
  private:
@@ -89,13 +102,17 @@ class KLDTPXBAS_API TPXBasPatternException : public TPXBasException {
  public:
   /// The message is the text formatted through "%s" (null gives "").
   TPXBasPatternException(int offset, const char* message);
+  /// A copy sharing the texts of other.
   TPXBasPatternException(const TPXBasPatternException& other);
   ~TPXBasPatternException() override;
   atr_String AsString(TPXBasStringMode mode) const override;
   [[noreturn]] void Propagate() const override;
   TPXBasException* Clone() const override;
+  /// 302.
   int GetCode() const override;
+  /// The offset in the pattern where compiling failed.
   int GetOffset() const { return m_offset; }
+  /// The matcher's message.
   const char* GetMsg() const { return m_msg.CStr(); }
 
  private:

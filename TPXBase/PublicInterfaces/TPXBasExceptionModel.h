@@ -1,5 +1,6 @@
-// TPXBasExceptionModel.h: the replaceable factory of pattern-matcher exceptions and the
-// process-wide model that holds it.
+/// @file TPXBasExceptionModel.h
+/// The replaceable factory of pattern-matcher exceptions and the
+/// process-wide model that holds it.
 #ifndef TPXBASEXCEPTIONMODEL_H
 #define TPXBASEXCEPTIONMODEL_H
 
@@ -13,7 +14,9 @@
 class KLDTPXBAS_API TPXBasExceptionFactory : public mem_AllocationOperators {
  public:
   virtual ~TPXBasExceptionFactory();
+  /// Throws the exception of a pattern that failed to compile at offset, with message.
   virtual void throwPatternException(int offset, const char* message) const = 0;
+  /// Throws the exception of a pattern match that failed with code count.
   virtual void throwExecException(int count) const = 0;
 };
 
@@ -22,7 +25,9 @@ class KLDTPXBAS_API TPXBasExceptionFactory : public mem_AllocationOperators {
 class KLDTPXBAS_API TPXBasExcDefaultFactory : public TPXBasExceptionFactory {
  public:
   ~TPXBasExcDefaultFactory() override;
+  /// Throws a TPXBasPatternException of offset and message.
   [[noreturn]] void throwPatternException(int offset, const char* message) const override;
+  /// Throws a TPXBasExecException of count.
   [[noreturn]] void throwExecException(int count) const override;
 };
 
@@ -40,10 +45,12 @@ class KLDTPXBAS_API TPXBasExceptionModelSingleton
   /// Deletes the installed factory, if any, and installs factory (may be null), taking
   /// ownership. Always true. Never install the same object twice.
   bool setBehavior(TPXBasExceptionFactory* factory);
+  /// @{
   /// Forwards to the installed factory; whatever it throws passes through untouched. Without
   /// a factory the call is a caller error: it throws TPXBasAssertException "factory != 0".
   void throwExecException(int count) const;
   void throwPatternException(int offset, const char* message) const;
+  /// @}
   /// The installed factory, or null.
   const TPXBasExceptionFactory* factory() const { return m_factory; }
 
@@ -65,8 +72,11 @@ class KLDTPXBAS_API TPXBasExceptionModelSingleton
 ///   TPXBasExceptionModel::throwExecException(5);        // throws what MyFactory throws
 class KLDTPXBAS_API TPXBasExceptionModel {
  public:
+  /// TPXBasExceptionModelSingleton::setBehavior on the model.
   static bool setBehavior(TPXBasExceptionFactory* factory);
+  /// TPXBasExceptionModelSingleton::throwExecException on the model.
   static void throwExecException(int count);
+  /// TPXBasExceptionModelSingleton::throwPatternException on the model.
   static void throwPatternException(int offset, const char* message);
 };
 

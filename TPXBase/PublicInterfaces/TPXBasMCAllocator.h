@@ -1,4 +1,5 @@
-// TPXBasMCAllocator.h: zero-filled blocks straight from the host allocation service.
+/// @file TPXBasMCAllocator.h
+/// Zero-filled blocks straight from the host allocation service.
 #ifndef TPXBASMCALLOCATOR_H
 #define TPXBASMCALLOCATOR_H
 
@@ -13,9 +14,11 @@
 class KLDTPXBAS_API TPXBasMCAllocator : public TPXBasAllocatorBase {
  public:
   TPXBasMCAllocator();
+  /// Carries large (shared) as the large-block allocator.
   explicit TPXBasMCAllocator(const TPXBasAllocator& large);
   ~TPXBasMCAllocator() override;
 
+  /// Replaces the large-block allocator by large (shared).
   void SetLargeBlockAllocator(const TPXBasAllocator& large) { m_large = large; }
 
   /// allocated = size when a block comes back, unchanged otherwise.

@@ -1,5 +1,6 @@
-// TPXBasPrfAnalysis.h: the profiling interface: iterations, phases, I/O and informational
-// events with parameter lists. This build records nothing.
+/// @file TPXBasPrfAnalysis.h
+/// The profiling interface: iterations, phases, I/O and informational
+/// events with parameter lists. This build records nothing.
 #ifndef TPXBASPRFANALYSIS_H
 #define TPXBASPRFANALYSIS_H
 
@@ -14,21 +15,28 @@ class KLDTPXBAS_API TPXBasPrfParamList {
   TPXBasPrfParamList();
   ~TPXBasPrfParamList();
 
-  /// Each returns the list itself, so calls chain.
+  /// Empties the list; returns it, so calls chain.
   TPXBasPrfParamList& clear();
+  /// @{
+  /// Would append value; this build stores nothing. Returns the list, so calls chain.
   TPXBasPrfParamList& add(int value);
   TPXBasPrfParamList& add(double value);
   TPXBasPrfParamList& add(char* text);
+  /// @}
 
+  /// @{
   /// 0, 0.0 and "N/A" whatever the index; the text is constant: callers must not modify it.
   int getInt(int index);
   double getDouble(int index);
   char* getString(int index);
+  /// @}
 
-  /// Always 0.
+  /// @{
+  /// Number of values of each kind; always 0.
   int intListLength();
   int doubleListLength();
   int stringListLength();
+  /// @}
 
  private:
   void expandIntList(int value);
@@ -41,13 +49,21 @@ class KLDTPXBAS_API TPXBasPrfParamList {
 /// template's Finalize(). Every event operation returns without effect.
 class KLDTPXBAS_API TPXBasPrfAnalysis : public TPXBasAtiGlobalSingleton<TPXBasPrfAnalysis> {
  public:
+  /// Marks the start of an iteration given by four numbers; records nothing.
   void IterationBegin(int, int, int, int);
+  /// Marks the end of an iteration given by four numbers; records nothing.
   void IterationEnd(int, int, int, int);
+  /// Marks the start of a phase with its parameters; records nothing.
   void PhaseStart(int, TPXBasPrfParamList&);
+  /// Marks the end of a phase with its parameters; records nothing.
   void PhaseEnd(int, TPXBasPrfParamList&);
+  /// Records an informational event with its parameters; records nothing here.
   void InfoEvent(int, TPXBasPrfParamList&);
+  /// Records an output event on a named file; records nothing here.
   void WriteIOEvent(const char*, int, int);
+  /// Records a named point in time; records nothing here.
   void MarkTime(const char*);
+  /// Would fill the list with the parameters of the current block; leaves it empty.
   void RetrieveBlockStart(TPXBasPrfParamList&);
 
  private:
@@ -72,9 +88,9 @@ class KLDTPXBAS_API ProfilingDomains {
   /// Does nothing.
   static void Initialize();
 
-  static void* Solver;
-  static void* Eloop;
-  static void* Output;
+  static void* Solver;  ///< the Solver domain; null in this build
+  static void* Eloop;   ///< the Eloop domain; null in this build
+  static void* Output;  ///< the Output domain; null in this build
 };
 
 }  // namespace VANTERA
@@ -83,10 +99,12 @@ class KLDTPXBAS_API ProfilingDomains {
 /// the four values go, in order, to IterationBegin or IterationEnd of the analysis
 /// singleton, which the first call creates.
 extern "C" {
+/// @{
 KLDTPXBAS_API void tpxbasprfiterbegin(int* a, int* b, int* c, int* d);
 KLDTPXBAS_API void tpxbasprfiterend(int* a, int* b, int* c, int* d);
 KLDTPXBAS_API void tpxbasprfiterbegin_(int* a, int* b, int* c, int* d);
 KLDTPXBAS_API void tpxbasprfiterend_(int* a, int* b, int* c, int* d);
+/// @}
 }
 
 #endif  // TPXBASPRFANALYSIS_H

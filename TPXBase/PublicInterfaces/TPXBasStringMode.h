@@ -1,4 +1,5 @@
-// TPXBasStringMode.h: the encoding of the texts a caller hands in and gets back.
+/// @file TPXBasStringMode.h
+/// The encoding of the texts a caller hands in and gets back.
 #ifndef TPXBASSTRINGMODE_H
 #define TPXBASSTRINGMODE_H
 
@@ -13,6 +14,7 @@ class TPXBasStringMode {
  public:
   /// Explicit, so that a stray bool or pointer never passes for a mode.
   explicit TPXBasStringMode(bool isLocale) : m_isLocale(isLocale) {}
+  /// True for the process locale's encoding, false for UTF-8.
   bool IsLocale() const { return m_isLocale; }
 
  private:

@@ -1,5 +1,6 @@
-// TPXOsString.h: a UTF-8 text converted once into one of the operating system's forms, and
-// the process-wide converter that the allocation library uses for its own names.
+/// @file TPXOsString.h
+/// A UTF-8 text converted once into one of the operating system's forms, and
+/// the process-wide converter that the allocation library uses for its own names.
 #ifndef TPXOSSTRING_H
 #define TPXOSSTRING_H
 
@@ -15,8 +16,13 @@
 /// that asking for either form throws.
 class KLDTPXBAS_API TPXOsString : public mem_AllocationOperators {
  public:
-  enum OsType { OsUTF16 = 1, OsLocale = 2 };
+  /// The form to convert into.
+  enum OsType {
+    OsUTF16 = 1,  ///< zero-terminated UTF-16 units
+    OsLocale = 2  ///< zero-terminated bytes in the process locale's encoding
+  };
 
+  /// Converts text into the form type; holds no form (type 0) when the conversion fails.
   TPXOsString(const TPXString& text, OsType type);
   /// The UTF-8 text is built into a TPXString first; null is the empty text.
   TPXOsString(const char* utf8, OsType type);
@@ -26,6 +32,7 @@ class KLDTPXBAS_API TPXOsString : public mem_AllocationOperators {
 
   /// The UTF-16 units; throws TPXBasOsStringConversion when the object holds another form.
   const unsigned short* ToOS() const;
+  /// The same as ToOS().
   const unsigned short* ToUTF16() const { return ToOS(); }
   /// The locale bytes; throws TPXBasOsStringCast("Locale") when the object holds another
   /// form.
@@ -46,7 +53,10 @@ class KLDTPXBAS_API TPXOsString : public mem_AllocationOperators {
 /// The two operations keep the first two slots of the virtual table, in this order.
 class KLDTPXBAS_API TPXToOsBase : public mem_AllocationOperators {
  public:
+  /// Writes the UTF-16 form of utf8 into out, which holds outBytes bytes; returns out.
   virtual const unsigned short* ToUTF16(const char* utf8, unsigned short* out, int outBytes) = 0;
+  /// Writes the process locale's form of utf8 into out, which holds outBytes bytes; returns
+  /// out.
   virtual const char* ToLocale(const char* utf8, char* out, int outBytes) = 0;
   virtual ~TPXToOsBase();
 };

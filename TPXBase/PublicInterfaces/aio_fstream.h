@@ -1,4 +1,5 @@
-// aio_fstream.h: input and output streams opened on named files.
+/// @file aio_fstream.h
+/// Input and output streams opened on named files.
 #ifndef AIO_FSTREAM_H
 #define AIO_FSTREAM_H
 
@@ -17,6 +18,7 @@ class KLDTPXBAS_API aio_ifstream : public aio_istream {
  public:
   /// A stream attached to f (null: unattached).
   explicit aio_ifstream(FILE* f = nullptr, bool owned = false) { attach(f, owned); }
+  /// Opens the file named name (UTF-8) for reading, closing an owned file first.
   aio_ifstream& open(const char* name);
   /// Moves the read position. A failed seek changes nothing; without a file it sets failbit.
   aio_ifstream& seekg(long long offset, aio_ios::seek_dir origin);
@@ -27,9 +29,13 @@ class KLDTPXBAS_API aio_ifstream : public aio_istream {
 /// As aio_ifstream, with the name handed to the system byte for byte.
 class KLDTPXBAS_API aio_ifstreamCae : public aio_istream {
  public:
+  /// A stream attached to f (null: unattached).
   explicit aio_ifstreamCae(FILE* f = nullptr, bool owned = false) { attach(f, owned); }
+  /// Opens the file named name (bytes as given) for reading, closing an owned file first.
   aio_ifstreamCae& open(const char* name);
+  /// As aio_ifstream::seekg.
   aio_ifstreamCae& seekg(long long offset, aio_ios::seek_dir origin);
+  /// As aio_ifstream::tellg.
   long long tellg() const;
 };
 
@@ -40,7 +46,10 @@ class KLDTPXBAS_API aio_ifstreamCae : public aio_istream {
 /// exactly failbit.
 class KLDTPXBAS_API aio_ofstream : public aio_ostream {
  public:
+  /// A stream attached to f (null: unattached).
   explicit aio_ofstream(FILE* f = nullptr, bool owned = false) { attach(f, owned); }
+  /// Opens the file named name (UTF-8) for writing, closing an owned file first: a new file
+  /// when fresh, else appending.
   aio_ofstream& open(const char* name, bool fresh);
   /// Moves the write position. A failed seek changes nothing; without a file it sets failbit.
   aio_ofstream& seekp(long long offset, aio_ios::seek_dir origin);
@@ -53,9 +62,14 @@ class KLDTPXBAS_API aio_ofstream : public aio_ostream {
 /// without a file and the state as it was, so the next output sets failbit.
 class KLDTPXBAS_API aio_ofstreamCae : public aio_ostream {
  public:
+  /// A stream attached to f (null: unattached).
   explicit aio_ofstreamCae(FILE* f = nullptr, bool owned = false) { attach(f, owned); }
+  /// Opens the file named name (bytes as given) for writing, closing an owned file first: a
+  /// new file when fresh, else appending.
   aio_ofstreamCae& open(const char* name, bool fresh);
+  /// As aio_ofstream::seekp.
   aio_ofstreamCae& seekp(long long offset, aio_ios::seek_dir origin);
+  /// As aio_ofstream::tellp.
   long long tellp() const;
 };
 

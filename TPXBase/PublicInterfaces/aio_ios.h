@@ -1,4 +1,5 @@
-// aio_ios.h: base of the library's streams over standard I/O files.
+/// @file aio_ios.h
+/// Base of the library's streams over standard I/O files.
 #ifndef AIO_IOS_H
 #define AIO_IOS_H
 
@@ -19,26 +20,34 @@
 class KLDTPXBAS_API aio_ios : public mem_AllocationOperators {
  public:
   /// State bits.
-  enum : int { eofbit = 1, failbit = 2, badbit = 4 };
+  enum : int {
+    eofbit = 1,   ///< a read reached the end of the file
+    failbit = 2,  ///< an operation failed
+    badbit = 4    ///< the file reported an error
+  };
 
   /// Format flags the streams look at; other bits are stored but have no effect.
   enum : int {
-    left = 0x0002,   ///< pad on the right; only when the adjustfield bits equal left
-    right = 0x0004,  ///< pad on the left (as any adjustfield value other than left)
-    adjustfield = 0x0006,
-    dec = 0x0010,  ///< decimal (as any basefield value other than oct or hex)
-    oct = 0x0020,  ///< octal integers, when the basefield bits equal oct
-    hex = 0x0040,  ///< lower-case hexadecimal integers, when the basefield bits equal hex
-    basefield = 0x0070,
-    showpoint = 0x0100,   ///< floating point with precision 0 still prints the decimal point
-    scientific = 0x0800,  ///< `e` notation, when the floatfield bits equal scientific
-    fixed = 0x1000,       ///< `f` notation, when the floatfield bits equal fixed; else `g`
-    floatfield = 0x1800,
-    widthonce = 0x2000  ///< the width applies to the next formatted output only
+    left = 0x0002,         ///< pad on the right; only when the adjustfield bits equal left
+    right = 0x0004,        ///< pad on the left (as any adjustfield value other than left)
+    adjustfield = 0x0006,  ///< mask of the padding side: left, right
+    dec = 0x0010,          ///< decimal (as any basefield value other than oct or hex)
+    oct = 0x0020,          ///< octal integers, when the basefield bits equal oct
+    hex = 0x0040,          ///< lower-case hexadecimal integers, when the basefield bits equal hex
+    basefield = 0x0070,    ///< mask of the integer radix: dec, oct, hex
+    showpoint = 0x0100,    ///< floating point with precision 0 still prints the decimal point
+    scientific = 0x0800,   ///< `e` notation, when the floatfield bits equal scientific
+    fixed = 0x1000,        ///< `f` notation, when the floatfield bits equal fixed; else `g`
+    floatfield = 0x1800,   ///< mask of the floating-point notation: scientific, fixed
+    widthonce = 0x2000     ///< the width applies to the next formatted output only
   };
 
   /// Seek origins, passed to the seek of the standard I/O library as they are.
-  enum seek_dir { beg = 0, cur = 1, end = 2 };
+  enum seek_dir {
+    beg = 0,  ///< from the start of the file
+    cur = 1,  ///< from the current position
+    end = 2   ///< from the end of the file
+  };
 
   /// Closes the file when the stream owns it.
   ~aio_ios();
@@ -62,7 +71,9 @@ class KLDTPXBAS_API aio_ios : public mem_AllocationOperators {
   int rdstate() const { return m_state; }
   /// The file's descriptor, or -1 without a file.
   int fd() const;
+  /// The file, or null.
   FILE* fptr() const { return m_file; }
+  /// Whether the stream closes its file.
   bool owned() const { return m_owned; }
 
   /// Returns the flags as they were. With mask 0 the bits are or'ed in; otherwise the bits
@@ -70,23 +81,27 @@ class KLDTPXBAS_API aio_ios : public mem_AllocationOperators {
   unsigned int setf(int bits, int mask);
   /// Returns the flags as they were and clears bits.
   unsigned int unsetf(int bits);
+  /// The format flags.
   int flags() const { return m_flags; }
+  /// Sets the precision of floating-point output (6 at first).
   aio_ios& setprecision(int p);
+  /// The precision of floating-point output.
   int precision() const { return m_precision; }
   /// keep = false makes the width apply to the next formatted output only (sets widthonce);
   /// keep = true leaves widthonce as it is, so a width set to keep stays in force.
   aio_ios& setwidth(int w, bool keep);
+  /// The width of formatted output; 0 means no padding.
   int width() const { return m_width; }
 
  protected:
   constexpr aio_ios() noexcept = default;
 
-  FILE* m_file = nullptr;
-  int m_flags = 0;
-  int m_state = 0;
-  int m_precision = 6;
-  int m_width = 0;
-  bool m_owned = false;
+  FILE* m_file = nullptr;  ///< The file; null when unattached.
+  int m_flags = 0;         ///< The format flags.
+  int m_state = 0;         ///< The state bits.
+  int m_precision = 6;     ///< The precision of floating-point output.
+  int m_width = 0;         ///< The width of formatted output.
+  bool m_owned = false;    ///< Whether the stream closes its file.
 };
 
 #endif  // AIO_IOS_H

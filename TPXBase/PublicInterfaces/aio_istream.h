@@ -1,4 +1,5 @@
-// aio_istream.h: input stream over a standard I/O file.
+/// @file aio_istream.h
+/// Input stream over a standard I/O file.
 #ifndef AIO_ISTREAM_H
 #define AIO_ISTREAM_H
 
@@ -37,14 +38,18 @@ class KLDTPXBAS_API aio_istream : public aio_ios {
   /// Bounded form: stores at most n - 1 bytes of the next word and a NUL. A word that does not
   /// fit sets failbit; its first n - 1 bytes are in buf and the rest stays in the file.
   aio_istream& scan_string(char* buf, int n);
+  /// @{
   /// Integer scans in the radix of the base bits; 0 when nothing could be converted.
   int scan_int();
   unsigned int scan_u_int();
   long long scan_int64();
   unsigned long long scan_u_int64();
+  /// @}
+  /// @{
   /// 0.0 when nothing could be converted.
   double scan_double();
   float scan_float();
+  /// @}
   /// Attaches, owned, a file opened for reading on descriptor fd. When the descriptor cannot
   /// be opened the stream is left without a file and failbit is set; fd stays the caller's.
   aio_istream& adopt(int fd);

@@ -1,4 +1,5 @@
-// aio_ostream.h: output stream over a standard I/O file.
+/// @file aio_ostream.h
+/// Output stream over a standard I/O file.
 #ifndef AIO_OSTREAM_H
 #define AIO_OSTREAM_H
 
@@ -20,12 +21,16 @@ class KLDTPXBAS_API aio_ostream : public aio_ios {
   aio_ostream& put(char c);
   /// s must not be null (a null text is a failure and writes nothing).
   aio_ostream& print(const char* s);
+  /// @{
+  /// Prints an integer in the radix of the base bits.
   aio_ostream& print_int(int v);
   aio_ostream& print_u_int(unsigned int v);
   aio_ostream& print_int64(long long v);
   aio_ostream& print_u_int64(unsigned long long v);
+  /// @}
   /// The whole address in hexadecimal with a 0x prefix; a null pointer prints as 0.
   aio_ostream& print_address(const void* p);
+  /// Prints d as floatfield, precision and showpoint say; a negative zero prints as 0.
   aio_ostream& print_double(double d);
   /// Writes n bytes; fewer written, or n < 0, is a failure.
   aio_ostream& write(const char* buf, int n);

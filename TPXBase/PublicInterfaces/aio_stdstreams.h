@@ -1,4 +1,5 @@
-// aio_stdstreams.h: the standard stream objects.
+/// @file aio_stdstreams.h
+/// The standard stream objects.
 #ifndef AIO_STDSTREAMS_H
 #define AIO_STDSTREAMS_H
 
@@ -11,8 +12,10 @@
 /// every static destructor. The library's set-up attaches them, not owned, to stdin, stdout
 /// and stderr, so the library never closes those files. They are references to the objects:
 /// use them as the objects themselves.
-extern KLDTPXBAS_API aio_istream& aio_cin;
-extern KLDTPXBAS_API aio_ostream& aio_cout;
-extern KLDTPXBAS_API aio_ostream& aio_cerr;
+/// @{
+extern KLDTPXBAS_API aio_istream& aio_cin;   ///< the standard input, on stdin
+extern KLDTPXBAS_API aio_ostream& aio_cout;  ///< the standard output, on stdout
+extern KLDTPXBAS_API aio_ostream& aio_cerr;  ///< the standard error, on stderr
+/// @}
 
 #endif  // AIO_STDSTREAMS_H

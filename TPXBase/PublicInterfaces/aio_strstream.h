@@ -1,4 +1,5 @@
-// aio_strstream.h: output string stream backed by a temporary file.
+/// @file aio_strstream.h
+/// Output string stream backed by a temporary file.
 #ifndef AIO_STRSTREAM_H
 #define AIO_STRSTREAM_H
 

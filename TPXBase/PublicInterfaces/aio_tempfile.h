@@ -1,4 +1,5 @@
-// aio_tempfile.h: uniquely named temporary files.
+/// @file aio_tempfile.h
+/// Uniquely named temporary files.
 #ifndef AIO_TEMPFILE_H
 #define AIO_TEMPFILE_H
 

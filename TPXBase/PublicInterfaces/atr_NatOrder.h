@@ -1,4 +1,5 @@
-// atr_NatOrder.h: natural-order comparison of texts and the process-wide natural-order switch.
+/// @file atr_NatOrder.h
+/// Natural-order comparison of texts and the process-wide natural-order switch.
 #ifndef ATR_NATORDER_H
 #define ATR_NATORDER_H
 

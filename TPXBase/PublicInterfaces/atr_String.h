@@ -1,4 +1,5 @@
-// atr_String.h: the library's public byte string and its higher operations.
+/// @file atr_String.h
+/// The library's public byte string and its higher operations.
 #ifndef ATR_STRING_H
 #define ATR_STRING_H
 
@@ -24,18 +25,26 @@ KLDTPXBAS_API atr_String atr_MakeAtrString(const atr_StringBasePrv& other);
 class KLDTPXBAS_API atr_String : public atr_StringBase {
  public:
   atr_String() = default;
+  /// Shares other's text; never allocates.
   atr_String(const atr_String& other) = default;
+  /// Takes other's text; other is left empty.
   atr_String(atr_String&& other) noexcept = default;
   ~atr_String() = default;
+  /// Shares other's text.
   atr_String& operator=(const atr_String& other) = default;
+  /// Takes other's text; other is left empty.
   atr_String& operator=(atr_String&& other) noexcept = default;
 
   /// The decimal text of value ("%d").
   explicit atr_String(int value) : atr_StringBase(value) {}
 
+  /// The text, zero-terminated; "" for the empty string. Valid until the next edit.
   const char* CStr() const { return atr_StringBase::CStr(); }
+  /// The same as CStr().
   const char* text() const { return atr_StringBase::CStr(); }
+  /// Bytes of text, terminator excluded.
   unsigned int Length() const { return static_cast<unsigned int>(atr_StringBase::Length()); }
+  /// Whether the text has no bytes.
   bool Empty() const { return atr_StringBase::Empty(); }
 
   // Read-only queries of the representation (positions as there; "not found" is Length()).
@@ -67,6 +76,7 @@ class KLDTPXBAS_API atr_String : public atr_StringBase {
   atr_String& ReplaceNonTranslated(int position, const char* value);
   /// Replaces the first occurrence of key (null or "": nothing) by value (null: "").
   atr_String& ReplaceNonTranslated(const char* key, const char* value);
+  /// Replaces the first occurrence of key (null or "": nothing) by value's text.
   atr_String& ReplaceNonTranslated(const char* key, const atr_StringBase& value);
 
   /// Breaks every line of text so that it fits width columns where words allow (a word is

@@ -1,4 +1,5 @@
-// atr_StringBase.h: storage and editing primitives of the copy-on-write byte string.
+/// @file atr_StringBase.h
+/// Storage and editing primitives of the copy-on-write byte string.
 #ifndef ATR_STRINGBASE_H
 #define ATR_STRINGBASE_H
 
@@ -21,21 +22,29 @@ constexpr int ATR_TO_END = 2147483647;
 /// frees. Counts are plain integers: a header and its strings belong to one thread at a time.
 class atr_StringRep {
  public:
+  /// A header with one sharer, capacity bytes of room (0: borrowed) and length bytes of text.
   atr_StringRep(int capacity, int length) : m_count(1), m_capacity(capacity), m_length(length) {}
 
   /// A header alone; counted by the string statistics as a header created.
   static void* operator new(std::size_t size);
   /// A size-classed block of 32 * n + 32 bytes; counted as 32 * n + 20 bytes in use.
   static void* operator new(std::size_t size, int n);
+  /// Gives back a header alone (mem_Free).
   static void operator delete(void* block);
+  /// Gives back a size-classed block (mem_Free); called when a constructor placed with n throws.
   static void operator delete(void* block, int n);
 
+  /// Counts one more sharer.
   void Increment() { ++m_count; }
   /// True when the last sharer has gone.
   bool Decrement() { return --m_count == 0; }
+  /// Number of strings sharing the header.
   int References() const { return m_count; }
+  /// Bytes of room, terminator included; 0 for a borrowed text.
   int Capacity() const { return m_capacity; }
+  /// Bytes of text, terminator excluded.
   int Length() const { return m_length; }
+  /// Records a new text length; the caller has written the text and its terminator.
   void SetLength(int length) { m_length = length; }
   /// Where the text of a size-classed block starts.
   char* InlineText() { return reinterpret_cast<char*>(this + 1); }
@@ -65,8 +74,11 @@ static_assert(sizeof(atr_StringRep) == 12, "a size-classed block holds 32 * n + 
 /// the character-indexed string, which derive from this class.
 class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
  public:
+  /// Tag of the constructor that takes ownership of a buffer.
   enum AdoptEnm { Adopt };
+  /// Tag of the constructor that refers to a text without copying it.
   enum BorrowEnm { Borrow };
+  /// Tag of the constructor that reserves room for a text.
   enum PreSizeEnm { PreSize };
 
   ~atr_StringBase() {
@@ -80,6 +92,7 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
 
  protected:
   atr_StringBase() = default;
+  /// Shares other's header (counting one more sharer); never allocates.
   atr_StringBase(const atr_StringBase& other)
       : m_Buff(other.m_Buff), m_StringRep(other.m_StringRep) {
     if (m_StringRep != nullptr) m_StringRep->Increment();
@@ -108,14 +121,19 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// An empty string with room for n bytes of text.
   atr_StringBase(int n, PreSizeEnm);
 
+  /// Shares other's header and lets go of this string's own (self-assignment is harmless).
   atr_StringBase& operator=(const atr_StringBase& other);
+  /// Takes other's header, letting go of this string's own; other is left empty.
   atr_StringBase& operator=(atr_StringBase&& other) noexcept;
   /// Null or empty drops the header.
   atr_StringBase& operator=(const char* text);
 
   // Queries.
+  /// Bytes of text, terminator excluded.
   int Length() const { return m_StringRep != nullptr ? m_StringRep->Length() : 0; }
+  /// Whether the text has no bytes.
   bool Empty() const { return Length() == 0; }
+  /// The text followed by ATR_EOS; "" for the empty string. Valid until the next edit.
   const char* CStr() const { return m_StringRep != nullptr ? m_Buff : EmptyText(); }
   /// The writable buffer (see SetStringLength), or null without a header.
   char* GetBuffPtr() const { return m_StringRep != nullptr ? m_Buff : nullptr; }
@@ -135,6 +153,7 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   // Editing; each gives the string itself.
   /// Copies the string's text first when it is shared, even if the caller only reads.
   char& operator[](int ix);
+  /// Appends other's text (which may be this string's own).
   atr_StringBase& Append(const atr_StringBase& other);
   /// Appends exactly n bytes of text.
   atr_StringBase& Append(const char* text, int n);
@@ -146,8 +165,11 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// follow start2.
   atr_StringBase& replace(int start1, int count1, const char* text, int slen, int start2,
                           int count2);
+  /// Replaces at most n bytes at start by other's text.
   atr_StringBase& Replace(int start, int n, const atr_StringBase& other);
+  /// Replaces at most n bytes at start by the len bytes of text.
   atr_StringBase& Replace(int start, int n, const char* text, int len);
+  /// Removes at most n bytes at start (ATR_TO_END: the rest of the text).
   atr_StringBase& Erase(int start, int n);
   /// Removes the leading bytes that occur in set.
   atr_StringBase& LeftTrim(const char* set);
@@ -158,8 +180,11 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// Case changes of single-byte characters of the process locale; a string with nothing to
   /// change keeps sharing its header.
   atr_StringBase& ToLower();
+  /// Upper case; see ToLower.
   atr_StringBase& ToUpper();
+  /// Upper-cases the first character when it is a single-byte lower-case letter.
   atr_StringBase& Capitalize();
+  /// Lower-cases the first character when it is a single-byte upper-case letter.
   atr_StringBase& Uncapitalize();
   /// Reverses the bytes (not the characters).
   atr_StringBase& Reverse();
@@ -174,15 +199,33 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   static int NormaliseExponent(char* text, int len);
 
   // Storage primitives.
+  /// Gives the string a new header and storage for len bytes of text (size-classed up to 238
+  /// bytes) and records length; the old header is not released. std::bad_alloc when memory
+  /// runs out.
   void allocate(int len, int length);
+  /// Makes room for n bytes of text that the string owns alone, without keeping the text (its
+  /// length becomes 0): a string without a header or a shared one gets new storage and null
+  /// comes back; storage of its own with room for more than n bytes is kept as it is (null).
+  /// Otherwise new storage is allocated and the block that still holds the old text comes back,
+  /// for the caller to read and then free with mem_Free.
   void* get(int n);
+  /// Makes the text this string's own, with room for at least n bytes: a shared text is
+  /// copied, a text without room is moved to larger storage. The text is kept.
   void isolate(int n);
+  /// Would grow the storage in place; never can (false) and only counts the attempt.
   bool extend(int n);
+  /// Gives the string new storage for n bytes (len when n is 0) holding a copy of the len bytes
+  /// of text, terminated; the old header is not released.
   void replicate(const char* text, int len, int n);
+  /// Frees the header and its storage (a borrowed text is not freed); the string becomes empty.
+  /// Called when the last sharer lets go.
   void Delete();
+  /// Frees the header rep, counting length and capacity in the string statistics.
   static void release(atr_StringRep* rep, int length, int capacity);
 
+  /// The first byte of the text; null without a header.
   char* m_Buff = nullptr;
+  /// The shared header; null for the empty string.
   atr_StringRep* m_StringRep = nullptr;
 
  private:

@@ -1,5 +1,6 @@
-// atr_inspect.h: the dictionary file and format texts as the message translation reads them,
-// for tools that check dictionaries and messages before a host uses them.
+/// @file atr_inspect.h
+/// The dictionary file and format texts as the message translation reads them,
+/// for tools that check dictionaries and messages before a host uses them.
 #ifndef ATR_INSPECT_H
 #define ATR_INSPECT_H
 
@@ -52,6 +53,8 @@ class KLDTPXBAS_API atr_DictScanner : public mem_AllocationOperators {
   /// read as the next line(s).
   static constexpr int MaxLine = 8191;
 
+  /// Reads file from its current position; file stays the caller's and must outlive the
+  /// scanner.
   explicit atr_DictScanner(std::FILE* file);
   ~atr_DictScanner();
   atr_DictScanner(const atr_DictScanner&) = delete;
@@ -114,7 +117,10 @@ class KLDTPXBAS_API atr_FormatConversions : public mem_AllocationOperators {
   atr_FormatConversions(const atr_FormatConversions&) = delete;
   atr_FormatConversions& operator=(const atr_FormatConversions&) = delete;
 
+  /// False when the text holds a conversion "%$" that names no argument: a translation that
+  /// does falls back to its key.
   bool Ok() const { return m_ok; }
+  /// Number of conversions; 0 when not Ok().
   int Count() const { return m_count; }
   /// Conversion i (0 to Count() - 1) in order of appearance; any other i is a broken
   /// invariant (fatal report "AssertionFailed:i >= 0 && i < m_count").

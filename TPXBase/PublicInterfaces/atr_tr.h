@@ -1,4 +1,5 @@
-// atr_tr.h: the translation dictionary of the message formatter and the choice of locale.
+/// @file atr_tr.h
+/// The translation dictionary of the message formatter and the choice of locale.
 #ifndef ATR_TR_H
 #define ATR_TR_H
 

@@ -1,4 +1,5 @@
-// atr_translate.h: building translated messages from printf-style formats and typed arguments.
+/// @file atr_translate.h
+/// Building translated messages from printf-style formats and typed arguments.
 #ifndef ATR_TRANSLATE_H
 #define ATR_TRANSLATE_H
 
@@ -110,6 +111,7 @@ class KLDTPXBAS_API atr_translate {
   alignas(StrArgs*) char m_inlineBlock[kInlineBlock];
 };
 
+/// @{
 /// Substitutes argument n of a message; one overload per argument type. Numbers are formatted
 /// according to the letter of the receiving conversion (see atr_translate); texts are taken in
 /// the encoding of mode; float and pointers ignore mode.
@@ -125,15 +127,18 @@ KLDTPXBAS_API void atr_SubstituteFormat(atr_translate& message, int n, float val
                                         TPXBasStringMode mode);
 KLDTPXBAS_API void atr_SubstituteFormat(atr_translate& message, int n, double value,
                                         TPXBasStringMode mode);
-/// A null text is substituted as "".
+/// Substitutes argument n of a message with a text in the encoding of mode; a null text is
+/// substituted as "".
 KLDTPXBAS_API void atr_SubstituteFormat(atr_translate& message, int n, const char* value,
                                         TPXBasStringMode mode);
 KLDTPXBAS_API void atr_SubstituteFormat(atr_translate& message, int n, const atr_StringBase& value,
                                         TPXBasStringMode mode);
-/// The pointer's value as an unsigned integer of its size.
+/// Substitutes argument n of a message with the pointer's value as an unsigned integer of
+/// its size; mode is ignored.
 KLDTPXBAS_API void atr_SubstituteFormat(atr_translate& message, int n, const void* value,
                                         TPXBasStringMode mode);
-/// long and unsigned long (size_t among them) are 64-bit here.
+/// Substitutes argument n of a message with a long or unsigned long (size_t among them),
+/// formatted as the 64-bit integers they are here.
 inline void atr_SubstituteFormat(atr_translate& message, int n, long value, TPXBasStringMode mode) {
   atr_SubstituteFormat(message, n, static_cast<long long>(value), mode);
 }
@@ -141,16 +146,21 @@ inline void atr_SubstituteFormat(atr_translate& message, int n, unsigned long va
                                  TPXBasStringMode mode) {
   atr_SubstituteFormat(message, n, static_cast<unsigned long long>(value), mode);
 }
+/// @}
 
 /// Substitutes a pointer as an unsigned integer of the pointer's size, in UTF-8 mode.
 template <int Size>
 struct ForwardVoidPBySize;
 template <>
+/// The form for 32-bit pointers.
 struct KLDTPXBAS_API ForwardVoidPBySize<4> {
+  /// Substitutes argument n of message with value as a 32-bit unsigned integer.
   static void Format(atr_translate& message, int n, const void* value);
 };
 template <>
+/// The form for 64-bit pointers.
 struct KLDTPXBAS_API ForwardVoidPBySize<8> {
+  /// Substitutes argument n of message with value as a 64-bit unsigned integer.
   static void Format(atr_translate& message, int n, const void* value);
 };
 
@@ -169,6 +179,8 @@ atr_String atr(const char* text, Args... args, TPXBasStringMode mode) {
   return message.Result(mode);
 }
 
+/// @cond internal
+// Argument types as atr passes them on: arrays of char and char* become const char*.
 namespace atr_detail {
 template <class T>
 struct ArgType {
@@ -187,6 +199,7 @@ atr_String CallAtr(const char* text, const Tuple& all, std::index_sequence<I...>
                                                           std::get<sizeof...(I)>(all));
 }
 }  // namespace atr_detail
+/// @endcond
 
 /// atr("Value %d of %s", 5, name, mode): the argument types are deduced (arrays of char and
 /// char* are passed as const char*). The last argument must be the mode.
@@ -200,6 +213,7 @@ atr_String atr(const char* text, const All&... all) {
                              std::make_index_sequence<sizeof...(All) - 1>());
 }
 
+/// @cond internal
 // The instances the library itself uses, compiled once in the library.
 extern template KLDTPXBAS_API atr_String atr<const char*>(const char*, const char*,
                                                           TPXBasStringMode);
@@ -210,6 +224,7 @@ extern template KLDTPXBAS_API atr_String atr<const char*, const char*, int>(cons
 extern template KLDTPXBAS_API atr_String atr<int>(const char*, int, TPXBasStringMode);
 extern template KLDTPXBAS_API atr_String atr<int, const char*>(const char*, int, const char*,
                                                                TPXBasStringMode);
+/// @endcond
 
 /// The text's translation (or the text itself, cut before a "\@" note) with no conversion
 /// interpreted, in the encoding of mode. A null text gives the empty string.
@@ -221,19 +236,21 @@ class KLDTPXBAS_API atr_Fmt : public mem_AllocationOperators {
  public:
   /// 1 to 3 insert the length modifier "h"; the other sizes insert nothing.
   enum DataSize {
-    SizeDefault = 0,
-    SizeShort = 1,
-    SizeUnsignedShort = 2,
-    SizeChar = 3,
-    SizeInt = 4,
-    SizeLongLong = 5
+    SizeDefault = 0,        ///< no length modifier
+    SizeShort = 1,          ///< short: "h"
+    SizeUnsignedShort = 2,  ///< unsigned short: "h"
+    SizeChar = 3,           ///< char: "h"
+    SizeInt = 4,            ///< int: no length modifier
+    SizeLongLong = 5        ///< long long: no length modifier inserted
   };
 
+  /// Holds fmt, which must outlive the object; null is allowed (see Ok).
   explicit atr_Fmt(const char* fmt) : m_fmt(fmt) {}
   ~atr_Fmt();
   atr_Fmt(const atr_Fmt&) = delete;
   atr_Fmt& operator=(const atr_Fmt&) = delete;
 
+  /// Whether a conversion text is held.
   bool Ok() const { return m_fmt != nullptr; }
   /// The last character of the conversion text (0 for a null or empty text).
   char Letter();

@@ -1,4 +1,5 @@
-// cow_String.h: the smallest public form of the copy-on-write byte string.
+/// @file cow_String.h
+/// The smallest public form of the copy-on-write byte string.
 #ifndef COW_STRING_H
 #define COW_STRING_H
 
@@ -11,6 +12,7 @@ class KLDTPXBAS_API cow_String : public atr_StringBase {
   /// Copies exactly n bytes (zero bytes included); always has storage, also for n 0.
   cow_String(const char* text, int n) : atr_StringBase(text, n) {}
   ~cow_String() = default;
+  /// The bytes held, followed by a terminating zero.
   const char* CStr() const { return atr_StringBase::CStr(); }
 };
 

@@ -1,4 +1,5 @@
-// DXLString.h: the platform's byte string class (stand-in).
+/// @file DXLString.h
+/// The platform's byte string class (stand-in).
 #ifndef DXLSTRING_H
 #define DXLSTRING_H
 
@@ -12,8 +13,11 @@ class DXLSYSTS_API DXLString {
   DXLString();
   /// Copies text; null gives the empty string.
   DXLString(const char* text);  // NOLINT(google-explicit-constructor): platform conversion
+  /// Copies the text of other.
   DXLString(const DXLString& other);
+  /// Replaces the text by a copy of other's.
   DXLString& operator=(const DXLString& other);
+  /// Replaces the text by a copy of text; null gives the empty string.
   DXLString& operator=(const char* text);
   ~DXLString();
 

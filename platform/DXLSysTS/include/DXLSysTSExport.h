@@ -1,4 +1,5 @@
-// DXLSysTSExport.h: the export macro of DXLSysTS, the platform string classes.
+/// @file DXLSysTSExport.h
+/// The export macro of DXLSysTS, the platform string classes.
 #ifndef DXLSYSTSEXPORT_H
 #define DXLSYSTSEXPORT_H
 

@@ -1,4 +1,5 @@
-// DXLUnicodeString.h: the platform's UTF-16 string class (stand-in).
+/// @file DXLUnicodeString.h
+/// The platform's UTF-16 string class (stand-in).
 #ifndef DXLUNICODESTRING_H
 #define DXLUNICODESTRING_H
 
@@ -13,7 +14,9 @@ class DXLSYSTS_API DXLUnicodeString {
   DXLUnicodeString();
   /// From count UTF-16 units (copied); no validation.
   DXLUnicodeString(const unsigned short* units, int count);
+  /// Copies the code units of other.
   DXLUnicodeString(const DXLUnicodeString& other);
+  /// Replaces the code units by a copy of other's.
   DXLUnicodeString& operator=(const DXLUnicodeString& other);
   ~DXLUnicodeString();
 

@@ -1,4 +1,5 @@
-// KLDTPXBasAllocExport.h: the export macro of the allocation library.
+/// @file KLDTPXBasAllocExport.h
+/// The export macro of the allocation library.
 #ifndef KLDTPXBASALLOCEXPORT_H
 #define KLDTPXBASALLOCEXPORT_H
 

@@ -1,4 +1,5 @@
-// TPXBasAllocator.h: shared-ownership handle of an allocator.
+/// @file TPXBasAllocator.h
+/// Shared-ownership handle of an allocator.
 #ifndef TPXBASALLOCATOR_H
 #define TPXBASALLOCATOR_H
 
@@ -14,11 +15,17 @@ class KLDTPXBASALLOC_API TPXBasAllocator : public mem_AllocationOperators {
   TPXBasAllocator() : m_allocator(nullptr) {}
   /// Takes (shared) ownership of allocator, which must come from new; null holds nothing.
   explicit TPXBasAllocator(TPXBasAllocatorBase* allocator);
+  /// Shares the allocator of other, counting one more handle.
   TPXBasAllocator(const TPXBasAllocator& other);
+  /// Lets go of the allocator held (deleting it when this was its last handle) and shares
+  /// the one of other.
   TPXBasAllocator& operator=(const TPXBasAllocator& other);
   ~TPXBasAllocator();
 
+  /// A block of at least size bytes from the allocator held; null on failure or when the
+  /// handle holds nothing.
   void* Alloc(unsigned int size) const;
+  /// Gives block back to the allocator held; ignored when the handle holds nothing.
   void Free(void* block) const;
   /// The allocator held, or null.
   TPXBasAllocatorBase* Get() const { return m_allocator; }

@@ -1,4 +1,5 @@
-// TPXBasAllocatorBase.h: one interface over every source of memory.
+/// @file TPXBasAllocatorBase.h
+/// One interface over every source of memory.
 #ifndef TPXBASALLOCATORBASE_H
 #define TPXBASALLOCATORBASE_H
 
@@ -20,12 +21,15 @@ class KLDTPXBASALLOC_API TPXBasAllocatorBase : public mem_AllocationOperators {
   virtual void* Alloc(unsigned int size, unsigned int& allocated) = 0;
   /// A block of at least size bytes, or null.
   virtual void* Alloc(unsigned int size) = 0;
+  /// Gives back a block of this allocator; null is ignored.
   virtual void Free(void* block) = 0;
   /// The allocator to use for large blocks, given a default.
   virtual const TPXBasAllocator& LargeBlockAllocator(const TPXBasAllocator& fallback) const = 0;
+  /// @{
   /// Standard-allocator forms of Alloc(size) and Free; hint and size are ignored.
   virtual void* allocate(unsigned int size, const void* hint) = 0;
   virtual void deallocate(void* block, unsigned int size) = 0;
+  /// @}
 
  private:
   friend class TPXBasAllocator;

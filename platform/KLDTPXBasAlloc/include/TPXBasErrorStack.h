@@ -1,4 +1,5 @@
-// TPXBasErrorStack.h: the allocation library's stack of error texts and call-stack capture.
+/// @file TPXBasErrorStack.h
+/// The allocation library's stack of error texts and call-stack capture.
 #ifndef TPXBASERRORSTACK_H
 #define TPXBASERRORSTACK_H
 

@@ -1,4 +1,5 @@
-// TPXBasMemCacheManager.h: the allocation library's view of a cache that can give memory back.
+/// @file TPXBasMemCacheManager.h
+/// The allocation library's view of a cache that can give memory back.
 #ifndef TPXBASMEMCACHEMANAGER_H
 #define TPXBASMEMCACHEMANAGER_H
 

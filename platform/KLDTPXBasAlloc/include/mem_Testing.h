@@ -1,4 +1,5 @@
-// mem_Testing.h: test controls of the allocation library stand-in.
+/// @file mem_Testing.h
+/// Test controls of the allocation library stand-in.
 #ifndef MEM_TESTING_H
 #define MEM_TESTING_H
 
@@ -12,15 +13,18 @@ namespace mem_Testing {
 /// std::bad_alloc or returns null, as the entry point's form says); -1 turns failing off.
 /// Covers the mem_* allocating functions and TPXBasMemAllocator, not the global operator new.
 KLDTPXBASALLOC_API void FailAllocationsAfter(long n);
-/// Calls of mem_Acquire and mem_Release so far.
+/// @{
+/// Calls of mem_Acquire and of mem_Release so far.
 KLDTPXBASALLOC_API long AcquireCount();
 KLDTPXBASALLOC_API long ReleaseCount();
+/// @}
 /// While disabled, omi_SingletonRegistry::Instance() gives null.
 KLDTPXBASALLOC_API void SetRegistryEnabled(bool enabled);
 /// Whether an object is registered under name.
 KLDTPXBASALLOC_API bool RegistryHas(const char* name);
-/// Switches TPXBasErrorStack::Active(); ErrorStackDepth() counts the texts pushed so far.
+/// Switches TPXBasErrorStack::Active().
 KLDTPXBASALLOC_API void SetErrorStackActive(bool active);
+/// Number of texts pushed on the error stack so far.
 KLDTPXBASALLOC_API int ErrorStackDepth();
 
 }  // namespace mem_Testing

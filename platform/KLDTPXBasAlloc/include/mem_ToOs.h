@@ -1,4 +1,5 @@
-// mem_ToOs.h: where the allocation library keeps the process's OS-string converter.
+/// @file mem_ToOs.h
+/// Where the allocation library keeps the process's OS-string converter.
 #ifndef MEM_TOOS_H
 #define MEM_TOOS_H
 
@@ -10,6 +11,8 @@ class TPXToOsBase;
 /// The converter is owned by whoever registers it; registering again replaces it.
 class KLDTPXBASALLOC_API mem_ToOs {
  public:
+  /// Makes converter the process's converter, replacing the one registered before; null
+  /// removes it. The caller keeps ownership and keeps converter alive while registered.
   static void Register(TPXToOsBase* converter);
   /// The converter registered last, or null.
   static TPXToOsBase* Registered();

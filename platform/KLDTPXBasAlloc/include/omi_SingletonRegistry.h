@@ -1,4 +1,5 @@
-// omi_SingletonRegistry.h: the allocation library's registry of process-wide singletons.
+/// @file omi_SingletonRegistry.h
+/// The allocation library's registry of process-wide singletons.
 #ifndef OMI_SINGLETONREGISTRY_H
 #define OMI_SINGLETONREGISTRY_H
 

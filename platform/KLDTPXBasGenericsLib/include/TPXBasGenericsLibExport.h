@@ -1,4 +1,5 @@
-// TPXBasGenericsLibExport.h: the export macro of the generics library.
+/// @file TPXBasGenericsLibExport.h
+/// The export macro of the generics library.
 #ifndef TPXBASGENERICSLIBEXPORT_H
 #define TPXBASGENERICSLIBEXPORT_H
 

@@ -1,4 +1,5 @@
-// TPXBasPrfTrkLibExport.h: the export macro of the profiling-tracking library.
+/// @file TPXBasPrfTrkLibExport.h
+/// The export macro of the profiling-tracking library.
 #ifndef TPXBASPRFTRKLIBEXPORT_H
 #define TPXBASPRFTRKLIBEXPORT_H
 

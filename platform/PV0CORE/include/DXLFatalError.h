@@ -1,4 +1,5 @@
-// DXLFatalError.h: the platform's fatal-error service (stand-in).
+/// @file DXLFatalError.h
+/// The platform's fatal-error service (stand-in).
 #ifndef DXLFATALERROR_H
 #define DXLFATALERROR_H
 

@@ -1,4 +1,5 @@
-// PV0COREExport.h: the export macro of PV0CORE, the fatal-error service.
+/// @file PV0COREExport.h
+/// The export macro of PV0CORE, the fatal-error service.
 #ifndef PV0COREEXPORT_H
 #define PV0COREEXPORT_H
 
