@@ -81,6 +81,7 @@ class KLDTPXBAS_API atr_translate {
   /// Templates (with their conversion texts and order) up to this size stay inside the object.
   static constexpr int kInlineBlock = 192;
   friend struct atr_translateParser;  // lists a text's conversions (atr_inspect.h)
+  friend struct atr_DirectProgram;    // the one-pass form of a template (atr_FormatDirect)
 
   static int compare(const void* a, const void* b);
   void ReportIllegalPosition(int n) const;
@@ -167,11 +168,46 @@ struct KLDTPXBAS_API ForwardVoidPBySize<8> {
 /// The message of text without arguments: every conversion shows as "%s".
 KLDTPXBAS_API atr_String atr(const char* text, TPXBasStringMode mode);
 
+/// @cond internal
+namespace atr_detail {
+/// An argument that atr_FormatDirect formats itself: a text, or an int when text is null.
+struct DirectArg {
+  const char* text;
+  int number;
+};
+template <class T>
+struct IsDirect : std::false_type {};
+template <>
+struct IsDirect<const char*> : std::true_type {};
+template <>
+struct IsDirect<char*> : std::true_type {};
+template <>
+struct IsDirect<int> : std::true_type {};
+inline DirectArg MakeDirect(const char* text) { return {text != nullptr ? text : "", 0}; }
+inline DirectArg MakeDirect(int number) { return {nullptr, number}; }
+}  // namespace atr_detail
+/// @endcond
+
+/// The message of text with count texts and ints in one pass, in UTF-8 mode: from this thread's
+/// record of the template that text (the same address and bytes, the same dictionary) gave
+/// before, when every conversion receives an argument and takes it without formatting (a
+/// text for any conversion but a "%s" with flags, an int for "%s" and a bare "%d" or "%u").
+/// The result is the one the general path gives. False, with out untouched, when the general
+/// path must make the message.
+KLDTPXBAS_API bool atr_FormatDirect(const char* text, const atr_detail::DirectArg* args, int count,
+                                    TPXBasStringMode mode, atr_String& out);
+
 /// The message of text with arguments args (argument i goes to conversion number i), for any
 /// argument types that have an atr_SubstituteFormat overload: atr<const char*, int>(text,
-/// file, line, mode). The form without template arguments deduces them.
+/// file, line, mode). The form without template arguments deduces them. Texts and ints go
+/// through atr_FormatDirect first.
 template <class... Args>
 atr_String atr(const char* text, Args... args, TPXBasStringMode mode) {
+  if constexpr (sizeof...(Args) > 0 && (atr_detail::IsDirect<Args>::value && ...)) {
+    const atr_detail::DirectArg direct[] = {atr_detail::MakeDirect(args)...};
+    atr_String out;
+    if (atr_FormatDirect(text, direct, static_cast<int>(sizeof...(Args)), mode, out)) return out;
+  }
   atr_translate message(text, mode);
   int n = 0;
   (atr_SubstituteFormat(message, ++n, args, mode), ...);

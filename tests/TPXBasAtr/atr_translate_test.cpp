@@ -268,6 +268,34 @@ TEST(atr_translateDictionary, TranslatedMessagesReorderAndFallBack) {
   EXPECT_EQ("Value 5", Msg("Value %d", 5));
 }
 
+TEST(atr_translateDirect, RecordsFollowTheBytesAndTheDictionary) {
+  // One buffer, reused for other formats: each call gives the message of its current bytes.
+  char format[64];
+  std::snprintf(format, sizeof format, "A %%s B %%d");
+  EXPECT_EQ("A x B 1", Msg(format, "x", 1));
+  EXPECT_EQ("A y B -2147483648", Msg(format, "y", INT32_MIN));
+  std::snprintf(format, sizeof format, "%%d then %%s");
+  EXPECT_EQ("2 then y", Msg(format, 2, "y"));
+  std::snprintf(format, sizeof format, "%%2$s<%%1$s|%%s");
+  EXPECT_EQ("b<a|%s", Msg(format, "a", "b"));  // the third conversion has no argument
+  // Arguments the one-pass form does not format itself, beside those it does.
+  std::snprintf(format, sizeof format, "%%5d|%%s|%%u|%%-4s|%%x");
+  EXPECT_EQ("   42|7|4294967295|ab  |ff", Msg(format, 42, 7, -1, "ab", 255));
+  EXPECT_EQ("t|u|v|w   |z", Msg(format, "t", "u", "v", "w", "z"));
+  EXPECT_EQ("|1|%s|%s|%s", Msg(format, static_cast<const char*>(nullptr), 1));
+
+  // The same format before a dictionary is loaded, with it, and after its release.
+  std::snprintf(format, sizeof format, "Value %%d");
+  EXPECT_EQ("Value 5", Msg(format, 5));
+  atr_test::SearchEnv env(KLD_TEST_DATA_DIR);
+  testing::internal::CaptureStderr();
+  atr_tr_enable(true);
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ("Valeur 5", Msg(format, 5));
+  atr_trReleaseDB();
+  EXPECT_EQ("Value 6", Msg(format, 6));
+}
+
 TEST(atr_translateModes, LocaleModeConvertsAtTheEdges) {
   atr_test::ScopedCtype ctype("C.UTF-8");
   ASSERT_TRUE(ctype.ok());

@@ -43,6 +43,7 @@ struct atr_DictSlot {
 // sorted table. Null when it could not be allocated: lookups then search the table.
 atr_DictSlot* g_index = nullptr;
 std::uint32_t g_indexMask = 0;
+unsigned g_generation = 0;
 
 constexpr char kMarker[] = "'] = r'";
 constexpr int kMarkerLength = sizeof(kMarker) - 1;
@@ -467,6 +468,8 @@ int atr_dictionary::ReadDictionary(std::FILE* file) {
 // The table.
 // ---------------------------------------------------------------------------------------------
 
+unsigned atr_dictionary::Generation() { return g_generation; }
+
 const char* atr_dictionary::Lookup(const char* text) {
   if (g_count <= 0 || text == nullptr) return nullptr;
   if (g_index != nullptr) {
@@ -496,6 +499,7 @@ namespace {
 /// regular file (a directory, or a FIFO that would wait for a writer), or that gives no entry,
 /// leaves the count at -1.
 void LoadFrom(const char* path) {
+  ++g_generation;
   g_count = -1;
   int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) return;
@@ -523,6 +527,7 @@ void atr_tr_enable(bool on) {
     return;
   }
   if (g_count != 0) return;
+  ++g_generation;
   g_count = -1;
   char* path = atr_dictionary::FindDictionaryFile();
   if (path == nullptr) return;
@@ -533,6 +538,7 @@ void atr_tr_enable(bool on) {
 int atr_trLoadFile(const char* path) {
   if (g_count == 0) {
     if (path == nullptr) {
+      ++g_generation;
       g_count = -1;
       return 0;
     }
@@ -545,6 +551,7 @@ const char* atr_trLookup(const char* text) { return atr_dictionary::Lookup(text)
 
 void atr_trReleaseDB() {
   if (g_entries != nullptr) FreeEntries(g_entries, g_count);
+  ++g_generation;
   mem_Free(g_index);
   g_index = nullptr;
   g_indexMask = 0;

@@ -10,6 +10,10 @@ namespace atr_dictionary {
 /// Keys compare byte by byte as unsigned values.
 const char* Lookup(const char* text);
 
+/// A number that changes whenever the table is loaded or released, so that what was derived
+/// from lookups can tell it is still valid.
+unsigned Generation();
+
 /// Finds the dictionary file (the search of atr_setlocale, locales included) and gives its
 /// name in a buffer from mem_Malloc that the caller frees, or null when there is none.
 char* FindDictionaryFile();
