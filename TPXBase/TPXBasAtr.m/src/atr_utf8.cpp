@@ -152,48 +152,12 @@ long long Convert(UChar* out, const UChar* p, const UChar* end, UChar replacemen
   return Finish(total);
 }
 
-// Latin-1 to UTF-8 never fails: ASCII words are copied whole, every other byte becomes two.
+// Latin-1 to UTF-8 never fails: every byte from 0x80 up becomes two, the others stay.
 template <>
 long long Convert<Latin1Codec, Utf8Codec>(UChar* out, const UChar* p, const UChar* end, UChar) {
-  if (!out) {
-    long long total = end - p;
-    while (end - p >= 8) {
-      total += __builtin_popcountll(Load64(p) & kHighBits);
-      p += 8;
-    }
-    for (; p < end; ++p) total += *p >> 7;
-    return Finish(total);
-  }
-  UChar* o = out;
-  while (p < end) {
-    if (end - p >= 8) {
-      std::uint64_t w = Load64(p);
-      if (!(w & kHighBits)) {
-        std::memcpy(o, &w, 8);
-        o += 8;
-        p += 8;
-        continue;
-      }
-      for (const UChar* stop = p + 8; p < stop; ++p) {
-        UChar c = *p;
-        if (c < 0x80) {
-          *o++ = c;
-        } else {
-          *o++ = static_cast<UChar>(0xC0 | (c >> 6));
-          *o++ = static_cast<UChar>(0x80 | (c & 0x3F));
-        }
-      }
-      continue;
-    }
-    UChar c = *p++;
-    if (c < 0x80) {
-      *o++ = c;
-    } else {
-      *o++ = static_cast<UChar>(0xC0 | (c >> 6));
-      *o++ = static_cast<UChar>(0x80 | (c & 0x3F));
-    }
-  }
-  return Finish(o - out);
+  const std::size_t n = static_cast<std::size_t>(end - p);
+  if (!out) return Finish(static_cast<long long>(atr_utf8Scan::Latin1ToUtf8Length(p, n)));
+  return Finish(static_cast<long long>(atr_utf8Scan::Latin1ToUtf8(out, p, n)));
 }
 
 // Latin-1 to Latin-1 is a copy.
