@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <type_traits>
 
 static constexpr const char kAssertPath[] = "TPXBase/TPXBasAtr.m/src/atr_utf8";
 
@@ -122,9 +123,44 @@ inline std::size_t AsciiRun(const UChar* p, const UChar* end) {
   return static_cast<std::size_t>(q - p);
 }
 
+// Writes the code points of the well-formed UTF-8 [p, end) with the target. The scanner
+// decodes blocks of up to 256 bytes, each ending on a character start, into a buffer that
+// holds their characters.
+template <class Dst>
+long long WriteDecoded(UChar* out, const UChar* p, const UChar* end, UChar replacement) {
+  constexpr std::ptrdiff_t kBlock = 256;
+  unsigned int codes[kBlock];
+  long long total = 0;
+  while (p < end) {
+    const UChar* stop = end - p > kBlock ? p + kBlock : end;
+    while (stop < end && (*stop & 0xC0) == 0x80) --stop;
+    const unsigned int* last =
+        atr_utf8Scan::DecodeValid(codes, p, static_cast<std::size_t>(stop - p));
+    for (const unsigned int* c = codes; c < last; ++c) {
+      int n = Dst::Write(out ? out + total : nullptr, static_cast<int>(*c));
+      if (n < 0) {
+        if (replacement == 0) return -2;
+        if (out) out[total] = replacement;
+        n = 1;
+      }
+      total += n;
+    }
+    p = stop;
+  }
+  return Finish(total);
+}
+
 // The general conversion: read one code point with the source, write it with the target.
 template <class Src, class Dst>
 long long Convert(UChar* out, const UChar* p, const UChar* end, UChar replacement) {
+  if constexpr (std::is_same_v<Src, Utf8Codec>) {
+    // Well-formed UTF-8 is decoded in blocks (ASCII that the target copies as it is excepted);
+    // other text is read character by character below, so that the output stops exactly at
+    // the first fault.
+    const int kind = atr_utf8Scan::ValidateKind(p, static_cast<std::size_t>(end - p));
+    if (kind == 0 || (kind == 1 && !Dst::kAsciiIdentity))
+      return WriteDecoded<Dst>(out, p, end, replacement);
+  }
   long long total = 0;
   while (p < end) {
     if constexpr (Src::kAsciiIdentity && Dst::kAsciiIdentity) {
