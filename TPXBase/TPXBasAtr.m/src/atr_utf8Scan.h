@@ -1,5 +1,6 @@
-// atr_utf8Scan.h: the library's one UTF-8 scanner: the lead-byte table and word-at-a-time
-// scanning behind the encoding routines and the character-indexed string (TPXString).
+// atr_utf8Scan.h: the library's one UTF-8 scanner: the lead-byte table, word-at-a-time
+// helpers and the bulk routines (validation, Latin-1 to UTF-8, decoding; vector paths in
+// atr_utf8Simd.cpp) behind the encoding routines and the character-indexed string (TPXString).
 #ifndef ATR_UTF8SCAN_H
 #define ATR_UTF8SCAN_H
 
