@@ -354,6 +354,16 @@ TEST(atr_utf8Paths, EveryPathValidatesAndDecodesAlike) {
         EXPECT_EQ(manyCodes, *decoded);
       }
     }
+    // The string's 16-bit conversion decodes through the same scanner.
+    TPXString text;
+    ASSERT_EQ(TPXString::Success,
+              text.BuildFromUTF8(many.data(), static_cast<unsigned int>(many.size())));
+    std::vector<unsigned short> wide(manyCodes.size() + 1, 0xAAAA);
+    ASSERT_EQ(TPXString::Success, text.ConvertToWChar(wide.data()));
+    for (std::size_t i = 0; i < manyCodes.size(); ++i) {
+      ASSERT_EQ(manyCodes[i] > 0xFFFF ? '?' : manyCodes[i], wide[i]) << "character " << i;
+    }
+    EXPECT_EQ(0, wide.back());
     const std::string ascii(1000, 'q');
     TPXString s;
     s.BuildFromUTF8(ascii.data(), static_cast<unsigned int>(ascii.size()));

@@ -123,31 +123,22 @@ inline std::size_t AsciiRun(const UChar* p, const UChar* end) {
   return static_cast<std::size_t>(q - p);
 }
 
-// Writes the code points of the well-formed UTF-8 [p, end) with the target. The scanner
-// decodes blocks of up to 256 bytes, each ending on a character start, into a buffer that
-// holds their characters.
+// Writes the code points of the well-formed UTF-8 [p, end) with the target.
 template <class Dst>
 long long WriteDecoded(UChar* out, const UChar* p, const UChar* end, UChar replacement) {
-  constexpr std::ptrdiff_t kBlock = 256;
-  unsigned int codes[kBlock];
   long long total = 0;
-  while (p < end) {
-    const UChar* stop = end - p > kBlock ? p + kBlock : end;
-    while (stop < end && (*stop & 0xC0) == 0x80) --stop;
-    const unsigned int* last =
-        atr_utf8Scan::DecodeValid(codes, p, static_cast<std::size_t>(stop - p));
-    for (const unsigned int* c = codes; c < last; ++c) {
-      int n = Dst::Write(out ? out + total : nullptr, static_cast<int>(*c));
-      if (n < 0) {
-        if (replacement == 0) return -2;
-        if (out) out[total] = replacement;
-        n = 1;
-      }
-      total += n;
-    }
-    p = stop;
-  }
-  return Finish(total);
+  const bool complete = atr_utf8Scan::ForEachCode(
+      p, static_cast<std::size_t>(end - p), [out, replacement, &total](unsigned int code) {
+        int n = Dst::Write(out ? out + total : nullptr, static_cast<int>(code));
+        if (n < 0) {
+          if (replacement == 0) return false;
+          if (out) out[total] = replacement;
+          n = 1;
+        }
+        total += n;
+        return true;
+      });
+  return complete ? Finish(total) : -2;
 }
 
 // The general conversion: read one code point with the source, write it with the target.

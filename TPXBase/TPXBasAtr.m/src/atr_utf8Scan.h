@@ -77,6 +77,26 @@ std::size_t Latin1ToUtf8(unsigned char* out, const unsigned char* p, std::size_t
 /// position after the last code point.
 unsigned int* DecodeValid(unsigned int* out, const unsigned char* p, std::size_t n);
 
+/// Calls each(code) with the code point of every character of the n bytes at p, which
+/// ValidateKind found well formed, in order, until a call gives false; gives whether none did.
+/// Blocks of up to 256 bytes, each ending on a character start, are decoded into a buffer on
+/// the stack.
+template <class Each>
+bool ForEachCode(const unsigned char* p, std::size_t n, Each each) {
+  constexpr std::size_t kBlock = 256;
+  unsigned int codes[kBlock];
+  const unsigned char* const end = p + n;
+  while (p < end) {
+    const unsigned char* stop = static_cast<std::size_t>(end - p) > kBlock ? p + kBlock : end;
+    while (stop < end && (*stop & 0xC0) == 0x80) --stop;
+    const unsigned int* last = DecodeValid(codes, p, static_cast<std::size_t>(stop - p));
+    for (const unsigned int* c = codes; c < last; ++c)
+      if (!each(*c)) return false;
+    p = stop;
+  }
+  return true;
+}
+
 /// Bytes from the character starting at b to the next one, in well-formed text: the lead
 /// byte's sequence length (a byte that announces none steps by one, as atr_utf8_next does).
 inline int StepLength(unsigned char b) {

@@ -12,6 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 
+using atr_utf8Scan::ForEachCode;
+
 namespace {
 
 // _TPX_FAIL_ON_BAD, read once on first need: 0 unknown, 1 unset, 2 set.
@@ -82,23 +84,6 @@ TPXString::Result Format(TPXString& s, T value, const char* format, NumKind kind
   const TPXString::Result r = s.BuildFromUTF8(big, static_cast<unsigned>(n));
   mem_deleteBuiltIn(big);
   return r;
-}
-
-// Calls each(code) for the code point of every character of the n bytes of well-formed text at
-// p, in order. The scanner decodes blocks of up to 256 bytes, each ending on a character
-// start, into a buffer that holds their characters.
-template <class Each>
-void ForEachCode(const unsigned char* p, int n, Each each) {
-  constexpr int kBlock = 256;
-  unsigned int codes[kBlock];
-  for (int i = 0; i < n;) {
-    int stop = n - i > kBlock ? i + kBlock : n;
-    while (stop < n && (p[stop] & 0xC0) == 0x80) --stop;
-    const unsigned int* end =
-        atr_utf8Scan::DecodeValid(codes, p + i, static_cast<std::size_t>(stop - i));
-    for (const unsigned int* c = codes; c < end; ++c) each(*c);
-    i = stop;
-  }
 }
 
 template <class T>
@@ -317,13 +302,14 @@ TPXString::Result TPXString::ConvertToUTF16(unsigned short* out, unsigned int* c
     // Every character is one unit, a four-byte one two.
     for (int i = 0; i < n; ++i) units += ((p[i] & 0xC0) != 0x80) + (p[i] >= 0xF0);
   } else {
-    ForEachCode(p, n, [out, &units](unsigned int code) {
+    ForEachCode(p, static_cast<std::size_t>(n), [out, &units](unsigned int code) {
       if (code > 0xFFFF) {
         out[units++] = static_cast<unsigned short>(0xD800 | ((code - 0x10000) >> 10));
         out[units++] = static_cast<unsigned short>(0xDC00 | (code & 0x3FF));
       } else {
         out[units++] = static_cast<unsigned short>(code);
       }
+      return true;
     });
   }
   if (count != nullptr) *count = units;
@@ -338,8 +324,9 @@ TPXString::Result TPXString::ConvertToWChar(unsigned short* out) const {
   if (m_isAscii) {
     for (; units < static_cast<unsigned int>(n); ++units) out[units] = p[units];
   } else {
-    ForEachCode(p, n, [out, &units](unsigned int code) {
+    ForEachCode(p, static_cast<std::size_t>(n), [out, &units](unsigned int code) {
       out[units++] = static_cast<unsigned short>(code > 0xFFFF ? '?' : code);
+      return true;
     });
   }
   out[units] = 0;
@@ -385,8 +372,9 @@ DXLString TPXString::ToDXL() const {
   const unsigned char* p = reinterpret_cast<const unsigned char*>(m_Buff);
   char* text = new (mem_BuiltInAlloc{}) char[static_cast<std::size_t>(n) + 1];
   int out = 0;
-  ForEachCode(p, n, [text, &out](unsigned int code) {
+  ForEachCode(p, static_cast<std::size_t>(n), [text, &out](unsigned int code) {
     text[out++] = code >= 32 && code <= 126 ? static_cast<char>(code) : '?';
+    return true;
   });
   text[out] = 0;
   DXLString result;
