@@ -1,6 +1,9 @@
-// UTF-8 validation and Latin-1 to UTF-8 conversion against glibc iconv on the same 1 MB texts.
-// iconv decodes UTF-8 to UCS-4 (the work a validating decoder must do at least) and converts
-// ISO-8859-1 to UTF-8; the library validates in place and converts measure-then-write.
+// UTF-8 validation, Latin-1 to UTF-8 and UTF-8 to UCS-4 against glibc iconv on the same 1 MB
+// texts. iconv decodes UTF-8 to UCS-4 (the work a validating decoder must do at least) and
+// converts ISO-8859-1 to UTF-8; the library validates in place, converts measure-then-write
+// and decodes into a block of one code point per byte. The library's benchmarks take the path
+// as their last argument: -1 the one chosen for this processor, 0 plain words, 1 SSE2, 2 AVX2.
+#include "../TPXBase/TPXBasAtr.m/src/atr_utf8Simd.h"
 #include "KLDTPXBasCoreUtils.h"
 
 #include <benchmark/benchmark.h>
@@ -65,8 +68,24 @@ const std::string& Text(int which) {
   return which == 0 ? ascii : which == 1 ? mixed : latin1;
 }
 
+// Runs the library on the path of the benchmark's last argument while it lives.
+class UsePath {
+ public:
+  UsePath(benchmark::State& state, int arg)
+      : m_ok(atr_utf8_simd_use(static_cast<int>(state.range(arg)))) {
+    if (!m_ok) state.SkipWithError("this processor cannot run the path");
+  }
+  ~UsePath() { atr_utf8_simd_use(atr_Utf8SimdBest); }
+  bool ok() const { return m_ok; }
+
+ private:
+  bool m_ok;
+};
+
 void BM_Utf8Validate_atr(benchmark::State& state) {
   const std::string& text = Text(static_cast<int>(state.range(0)));
+  const UsePath path(state, 1);
+  if (!path.ok()) return;
   for (auto _ : state) {
     bool ok =
         atr_encoding_validate_sized(atr_EncodingUtf8, text.data(), static_cast<int>(text.size()));
@@ -106,6 +125,8 @@ void BM_Utf8Validate_iconv(benchmark::State& state) {
 
 void BM_Latin1ToUtf8_atr(benchmark::State& state) {
   const std::string& text = Text(2);
+  const UsePath path(state, 0);
+  if (!path.ok()) return;
   std::vector<char> out(text.size() * 2 + 1);
   for (auto _ : state) {
     // What a caller does: measure, then convert into a block of that size.
@@ -124,11 +145,39 @@ void BM_Latin1ToUtf8_iconv(benchmark::State& state) {
   RunIconv(state, "UTF-8", "ISO-8859-1", Text(2), 2);
 }
 
-// Argument: 0 ASCII, 1 mixed (~30% multi-byte characters).
-BENCHMARK(BM_Utf8Validate_atr)->Arg(0)->Arg(1);
+// A whole text to code points: one 32-bit value per character, in a block sized by the byte
+// count (which always suffices), so no measuring pass is needed.
+void BM_Utf8ToUcs4_atr(benchmark::State& state) {
+  const std::string& text = Text(static_cast<int>(state.range(0)));
+  const UsePath path(state, 1);
+  if (!path.ok()) return;
+  std::vector<unsigned int> out(text.size());
+  const unsigned char* in = reinterpret_cast<const unsigned char*>(text.data());
+  for (auto _ : state) {
+    int n = atr_utf8_to_ucs4_sized(out.data(), in, static_cast<int>(text.size()));
+    benchmark::DoNotOptimize(n);
+    benchmark::ClobberMemory();
+    if (n < 0) state.SkipWithError("text does not decode");
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+}
+
+void BM_Utf8ToUcs4_iconv(benchmark::State& state) {
+  RunIconv(state, "UCS-4LE", "UTF-8", Text(static_cast<int>(state.range(0))), 4);
+}
+
+void BM_Utf8ToWcharT_iconv(benchmark::State& state) {
+  RunIconv(state, "WCHAR_T", "UTF-8", Text(static_cast<int>(state.range(0))), 4);
+}
+
+// Text argument: 0 ASCII, 1 mixed (~30% multi-byte characters).
+BENCHMARK(BM_Utf8Validate_atr)->ArgsProduct({{0, 1}, {-1, 0, 1, 2}});
 BENCHMARK(BM_Utf8Validate_iconv)->Arg(0)->Arg(1);
-BENCHMARK(BM_Latin1ToUtf8_atr);
+BENCHMARK(BM_Latin1ToUtf8_atr)->Arg(-1)->Arg(0)->Arg(1)->Arg(2);
 BENCHMARK(BM_Latin1ToUtf8_iconv);
+BENCHMARK(BM_Utf8ToUcs4_atr)->ArgsProduct({{0, 1}, {-1, 0, 1, 2}});
+BENCHMARK(BM_Utf8ToUcs4_iconv)->Arg(0)->Arg(1);
+BENCHMARK(BM_Utf8ToWcharT_iconv)->Arg(0)->Arg(1);
 
 }  // namespace
 

@@ -1,7 +1,10 @@
-// Encoding table, UTF-8 stepping and coding, validation and conversion between encodings.
+// Encoding table, UTF-8 stepping and coding, validation and conversion between encodings, and
+// the scanner's bulk routines on each of their paths.
+#include "../../TPXBase/TPXBasAtr.m/src/atr_utf8Simd.h"
 #include "atr_TestSupport.h"
 
 #include <cstring>
+#include <optional>
 
 namespace {
 
@@ -236,6 +239,172 @@ TEST(atr_utf8Locale, RoundTripsUnderUtf8AndCLocales) {
   EXPECT_EQ(-1, Convert(kUtf8, kLocale, "ab\xC3", 0));
   EXPECT_EQ(-1, Convert(kUtf8, kLocale, std::string("a\0b", 3), 0));
   EXPECT_FALSE(atr_encoding_validate_sized(kLocale, "\xC3\xA9", 1));
+}
+
+// The paths this processor runs. Plain words and SSE2 run on every x86-64 processor.
+std::vector<int> RunnablePaths() {
+  std::vector<int> paths;
+  for (int path : {atr_Utf8SimdPortable, atr_Utf8SimdSse2, atr_Utf8SimdAvx2})
+    if (atr_utf8_simd_use(path)) paths.push_back(path);
+  atr_utf8_simd_use(atr_Utf8SimdBest);
+  return paths;
+}
+
+// Runs the bulk routines on one path for the life of the object.
+struct ScopedPath {
+  explicit ScopedPath(int path) { EXPECT_TRUE(atr_utf8_simd_use(path)); }
+  ~ScopedPath() { atr_utf8_simd_use(atr_Utf8SimdBest); }
+};
+
+// Code points of a UTF-8 text by atr_utf8_to_ucs4_sized, measured first and decoded into a
+// heap block of exactly that size (a store past it is an AddressSanitizer report); nullopt
+// when the text is refused.
+std::optional<std::vector<unsigned int>> Ucs4(const std::string& text) {
+  const Bytes in = B(text);
+  const int n = static_cast<int>(in.size());
+  const int measured = atr_utf8_to_ucs4_sized(nullptr, in.data(), n);
+  if (measured < 0) return std::nullopt;
+  std::vector<unsigned int> out(static_cast<std::size_t>(measured));
+  EXPECT_EQ(measured, atr_utf8_to_ucs4_sized(out.data(), in.data(), n));
+  return out;
+}
+
+TEST(atr_utf8Paths, ChoiceAndRefusal) {
+  const std::vector<int> paths = RunnablePaths();
+  ASSERT_GE(paths.size(), 2u);
+  EXPECT_EQ(atr_Utf8SimdPortable, paths[0]);
+  EXPECT_EQ(atr_Utf8SimdSse2, paths[1]);
+  // The best path is the last one the processor runs, and stays until another is asked for.
+  EXPECT_EQ(paths.back(), atr_utf8_simd_path());
+  EXPECT_FALSE(atr_utf8_simd_use(3));
+  EXPECT_EQ(paths.back(), atr_utf8_simd_path());
+  {
+    ScopedPath portable(atr_Utf8SimdPortable);
+    EXPECT_EQ(atr_Utf8SimdPortable, atr_utf8_simd_path());
+  }
+  EXPECT_EQ(paths.back(), atr_utf8_simd_path());
+}
+
+TEST(atr_utf8Paths, EveryPathValidatesAndDecodesAlike) {
+  // codes: the code points of a valid text; empty for an invalid one
+  // clang-format off
+  struct { std::string text; bool valid; std::vector<unsigned int> codes; } const cases[] = {
+      {"\xC3\xA9", true, {0xE9}}, {"\xE2\x82\xAC", true, {0x20AC}}, {"\xF0\x9F\x98\x80", true, {0x1F600}},
+      // No overlong, surrogate or range checks.
+      {"\xC0\x80", true, {0}}, {"\xED\xA0\x80", true, {0xD800}}, {"\xF7\xBF\xBF\xBF", true, {0x1FFFFF}},
+      {"\xDF\xBF\xEF\xBF\xBF\xC2\x80", true, {0x7FF, 0xFFFF, 0x80}},
+      {"\xC3", false, {}}, {"\xE2\x82", false, {}}, {"\xF0\x9F\x98", false, {}},  // cut by the end
+      {"\x80", false, {}}, {"\xBF", false, {}}, {"\xF8\x80\x80\x80", false, {}}, {"\xFF", false, {}},
+      {"\xC3\x41", false, {}}, {"\xE2\x41\xAC", false, {}}, {"\xF0\x9F\x98\x41", false, {}},
+      {"\xC3\xA9\xA9", false, {}}, {"\xE2\xC3\xA9", false, {}},  // one continuation too many, a lead too early
+      // clang-format on
+  };
+  const std::vector<int> paths = RunnablePaths();
+  for (int path : paths) {
+    ScopedPath use(path);
+    for (const auto& c : cases) {
+      // Before the sequence, ASCII that moves it through every place of a 64-byte block; after
+      // it, nothing (it ends the text) or ASCII that keeps the vector loops going past it.
+      for (int before = 0; before <= 70; ++before) {
+        for (int after : {0, 1, 3, 40, 70}) {
+          SCOPED_TRACE("path " + std::to_string(path) + ", " + Hex(c.text) + " after " +
+                       std::to_string(before) + " and before " + std::to_string(after));
+          const std::string text = std::string(before, 'x') + c.text + std::string(after, 'y');
+          const Bytes exact = B(text);
+          ASSERT_EQ(c.valid, atr_encoding_validate_sized(kUtf8, exact.data(), int(exact.size())));
+          std::vector<unsigned int> codes(before, 'x');
+          codes.insert(codes.end(), c.codes.begin(), c.codes.end());
+          codes.insert(codes.end(), after, 'y');
+          const auto decoded = Ucs4(text);
+          ASSERT_EQ(c.valid, decoded.has_value());
+          if (c.valid) {
+            ASSERT_EQ(codes, *decoded);
+          }
+          // The character-indexed string takes the same verdict and knows when text is ASCII.
+          TPXString s;
+          s.BuildFromUTF8(text.data(), static_cast<unsigned int>(text.size()));
+          ASSERT_EQ(!c.valid, s.IsBAD());
+          if (c.valid) {
+            ASSERT_FALSE(s.IsAscii());
+          }
+        }
+      }
+    }
+    // Long texts: every valid case many times over, with and without ASCII between them, so
+    // that the vector loops decode sequences at every offset; then ASCII alone.
+    std::string many;
+    std::vector<unsigned int> manyCodes;
+    for (int round = 0; round < 40; ++round) {
+      for (const auto& c : cases) {
+        if (!c.valid) continue;
+        many += c.text;
+        manyCodes.insert(manyCodes.end(), c.codes.begin(), c.codes.end());
+        if (round % 3 == 0) {
+          many += std::string(round % 7, 'z');
+          manyCodes.insert(manyCodes.end(), round % 7, 'z');
+        }
+      }
+    }
+    for (std::size_t skip = 0; skip < 2; ++skip) {
+      SCOPED_TRACE("path " + std::to_string(path) + ", long text from " + std::to_string(skip));
+      const auto decoded = Ucs4(many.substr(skip));
+      // A cut through the first character leaves a continuation byte at the front.
+      ASSERT_EQ(skip == 0, decoded.has_value());
+      if (decoded) {
+        EXPECT_EQ(manyCodes, *decoded);
+      }
+    }
+    // The string's 16-bit conversion decodes through the same scanner.
+    TPXString text;
+    ASSERT_EQ(TPXString::Success,
+              text.BuildFromUTF8(many.data(), static_cast<unsigned int>(many.size())));
+    std::vector<unsigned short> wide(manyCodes.size() + 1, 0xAAAA);
+    ASSERT_EQ(TPXString::Success, text.ConvertToWChar(wide.data()));
+    for (std::size_t i = 0; i < manyCodes.size(); ++i) {
+      ASSERT_EQ(manyCodes[i] > 0xFFFF ? '?' : manyCodes[i], wide[i]) << "character " << i;
+    }
+    EXPECT_EQ(0, wide.back());
+    const std::string ascii(1000, 'q');
+    TPXString s;
+    s.BuildFromUTF8(ascii.data(), static_cast<unsigned int>(ascii.size()));
+    EXPECT_TRUE(s.IsAscii());
+    EXPECT_EQ(std::vector<unsigned int>(1000, 'q'),
+              Ucs4(ascii).value_or(std::vector<unsigned int>{}));
+  }
+  EXPECT_EQ(0, atr_utf8_to_ucs4_sized(nullptr, nullptr, 0));
+  EXPECT_EQ(-1, atr_utf8_to_ucs4_sized(nullptr, nullptr, 1));
+  EXPECT_EQ(-1, atr_utf8_to_ucs4_sized(nullptr, B("abc").data(), -1));
+}
+
+TEST(atr_utf8Paths, EveryPathConvertsLatin1Alike) {
+  // Every byte value, alone and in runs, at every place of a 64-byte block. The UTF-8 comes
+  // back through the decoder as the bytes' own values, and through the UTF-8 to Latin-1
+  // conversion (a separate reader) as the bytes themselves.
+  std::string all;
+  for (int b = 1; b < 256; ++b) all += static_cast<char>(b);
+  std::string accents;
+  for (int i = 0; i < 200; ++i) accents += (i % 5 == 0) ? "\xE9\xFF\x80" : "ab";
+  for (int path : RunnablePaths()) {
+    ScopedPath use(path);
+    for (const std::string& body : {all, accents, std::string("\xFF"), std::string(100, 'a')}) {
+      for (int before = 0; before <= 70; before += (body.size() > 10 ? 7 : 1)) {
+        const std::string latin = std::string(before, 'x') + body;
+        SCOPED_TRACE("path " + std::to_string(path) + ", " + std::to_string(before) + " before, " +
+                     std::to_string(body.size()) + " bytes");
+        std::string utf8;
+        std::size_t high = 0;
+        for (unsigned char c : latin) high += c >> 7;
+        ASSERT_EQ(static_cast<int>(latin.size() + high), Convert(kUtf8, kLatin1, latin, 0, &utf8));
+        const auto codes = Ucs4(utf8);
+        ASSERT_TRUE(codes.has_value());
+        const Bytes bytes = B(latin);
+        ASSERT_EQ(std::vector<unsigned int>(bytes.begin(), bytes.end()), *codes);
+        std::string back;
+        ASSERT_EQ(static_cast<int>(latin.size()), Convert(kLatin1, kUtf8, utf8, 0, &back));
+        ASSERT_EQ(latin, back);
+      }
+    }
+  }
 }
 
 TEST(atr_utf8DeathTest, InvalidEncodingIdentifierIsFatal) {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <type_traits>
 
 static constexpr const char kAssertPath[] = "TPXBase/TPXBasAtr.m/src/atr_utf8";
 
@@ -122,9 +123,35 @@ inline std::size_t AsciiRun(const UChar* p, const UChar* end) {
   return static_cast<std::size_t>(q - p);
 }
 
+// Writes the code points of the well-formed UTF-8 [p, end) with the target.
+template <class Dst>
+long long WriteDecoded(UChar* out, const UChar* p, const UChar* end, UChar replacement) {
+  long long total = 0;
+  const bool complete = atr_utf8Scan::ForEachCode(
+      p, static_cast<std::size_t>(end - p), [out, replacement, &total](unsigned int code) {
+        int n = Dst::Write(out ? out + total : nullptr, static_cast<int>(code));
+        if (n < 0) {
+          if (replacement == 0) return false;
+          if (out) out[total] = replacement;
+          n = 1;
+        }
+        total += n;
+        return true;
+      });
+  return complete ? Finish(total) : -2;
+}
+
 // The general conversion: read one code point with the source, write it with the target.
 template <class Src, class Dst>
 long long Convert(UChar* out, const UChar* p, const UChar* end, UChar replacement) {
+  if constexpr (std::is_same_v<Src, Utf8Codec>) {
+    // Well-formed UTF-8 is decoded in blocks (ASCII that the target copies as it is excepted);
+    // other text is read character by character below, so that the output stops exactly at
+    // the first fault.
+    const int kind = atr_utf8Scan::ValidateKind(p, static_cast<std::size_t>(end - p));
+    if (kind == 0 || (kind == 1 && !Dst::kAsciiIdentity))
+      return WriteDecoded<Dst>(out, p, end, replacement);
+  }
   long long total = 0;
   while (p < end) {
     if constexpr (Src::kAsciiIdentity && Dst::kAsciiIdentity) {
@@ -152,48 +179,12 @@ long long Convert(UChar* out, const UChar* p, const UChar* end, UChar replacemen
   return Finish(total);
 }
 
-// Latin-1 to UTF-8 never fails: ASCII words are copied whole, every other byte becomes two.
+// Latin-1 to UTF-8 never fails: every byte from 0x80 up becomes two, the others stay.
 template <>
 long long Convert<Latin1Codec, Utf8Codec>(UChar* out, const UChar* p, const UChar* end, UChar) {
-  if (!out) {
-    long long total = end - p;
-    while (end - p >= 8) {
-      total += __builtin_popcountll(Load64(p) & kHighBits);
-      p += 8;
-    }
-    for (; p < end; ++p) total += *p >> 7;
-    return Finish(total);
-  }
-  UChar* o = out;
-  while (p < end) {
-    if (end - p >= 8) {
-      std::uint64_t w = Load64(p);
-      if (!(w & kHighBits)) {
-        std::memcpy(o, &w, 8);
-        o += 8;
-        p += 8;
-        continue;
-      }
-      for (const UChar* stop = p + 8; p < stop; ++p) {
-        UChar c = *p;
-        if (c < 0x80) {
-          *o++ = c;
-        } else {
-          *o++ = static_cast<UChar>(0xC0 | (c >> 6));
-          *o++ = static_cast<UChar>(0x80 | (c & 0x3F));
-        }
-      }
-      continue;
-    }
-    UChar c = *p++;
-    if (c < 0x80) {
-      *o++ = c;
-    } else {
-      *o++ = static_cast<UChar>(0xC0 | (c >> 6));
-      *o++ = static_cast<UChar>(0x80 | (c & 0x3F));
-    }
-  }
-  return Finish(o - out);
+  const std::size_t n = static_cast<std::size_t>(end - p);
+  if (!out) return Finish(static_cast<long long>(atr_utf8Scan::Latin1ToUtf8Length(p, n)));
+  return Finish(static_cast<long long>(atr_utf8Scan::Latin1ToUtf8(out, p, n)));
 }
 
 // Latin-1 to Latin-1 is a copy.

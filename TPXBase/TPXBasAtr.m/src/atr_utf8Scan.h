@@ -1,5 +1,6 @@
-// atr_utf8Scan.h: the library's one UTF-8 scanner: the lead-byte table and word-at-a-time
-// scanning behind the encoding routines and the character-indexed string (TPXString).
+// atr_utf8Scan.h: the library's one UTF-8 scanner: the lead-byte table, word-at-a-time
+// helpers and the bulk routines (validation, Latin-1 to UTF-8, decoding; vector paths in
+// atr_utf8Simd.cpp) behind the encoding routines and the character-indexed string (TPXString).
 #ifndef ATR_UTF8SCAN_H
 #define ATR_UTF8SCAN_H
 
@@ -44,52 +45,56 @@ inline std::size_t FirstHighByte(std::uint64_t highBits) {
 /// from 0xFF, whose own high bit already makes the word fail, so there are no false passes.
 inline bool AllBelow7F(std::uint64_t w) { return ((w | (w + kOnes)) & kHighBits) == 0; }
 
-/// Whether [p, end) is well-formed UTF-8 by the library's rules (lead bytes 0x00-0x7F and
-/// 0xC0-0xF7, each followed by its continuation bytes 0x80-0xBF). ASCII runs are skipped a
-/// word at a time; no byte at or beyond end is read.
-inline bool Utf8Valid(const unsigned char* p, const unsigned char* end) {
-  while (p < end) {
-    if (*p < 0x80) {
-      for (;;) {
-        if (end - p < 8) {
-          while (p < end && *p < 0x80) ++p;
-          break;
-        }
-        std::uint64_t high = Load64(p) & kHighBits;
-        if (high) {
-          p += FirstHighByte(high);
-          break;
-        }
-        p += 8;
-      }
-      if (p == end) return true;
-    }
-    // *p is at least 0x80 here.
-    int n = kSequenceLength[*p];
-    if (n == 0 || end - p < n) return false;
-    if ((p[1] & 0xC0) != 0x80) return false;
-    if (n >= 3 && (p[2] & 0xC0) != 0x80) return false;
-    if (n == 4 && (p[3] & 0xC0) != 0x80) return false;
-    p += n;
-  }
-  return true;
-}
-
 /// Result of ValidateKind for text that is not well formed.
 inline constexpr int kInvalid = -1;
 
 /// Whether the eight bytes at p are all below 0x80.
 inline bool AsciiWord(const unsigned char* p) { return (Load64(p) & kHighBits) == 0; }
 
-/// ValidateKind of the n bytes at p by the rules of Utf8Valid: kInvalid, 1 for text made of
-/// bytes below 0x80 only, 0 for valid text with multi-byte characters. No byte at or beyond
-/// p + n is read.
-inline int ValidateKind(const unsigned char* p, std::size_t n) {
+// ---- Bulk routines. Each runs on the path chosen once per process (atr_utf8Simd.cpp: plain
+// ---- words, SSE2 or AVX2, whichever is best here); all paths give the same results.
+
+/// ValidateKind of the n bytes at p by the library's UTF-8 rules (lead bytes 0x00-0x7F and
+/// 0xC0-0xF7, each followed by its continuation bytes 0x80-0xBF; no overlong, surrogate or
+/// range checks): kInvalid, 1 for text made of bytes below 0x80 only, 0 for valid text with
+/// multi-byte characters. No byte at or beyond p + n is read.
+int ValidateKind(const unsigned char* p, std::size_t n);
+
+/// Whether [p, end) is well-formed UTF-8 by the rules of ValidateKind.
+inline bool Utf8Valid(const unsigned char* p, const unsigned char* end) {
+  return ValidateKind(p, static_cast<std::size_t>(end - p)) != kInvalid;
+}
+
+/// Bytes of the UTF-8 form of the n Latin-1 bytes at p: one per byte, two from 0x80 up.
+std::size_t Latin1ToUtf8Length(const unsigned char* p, std::size_t n);
+
+/// Writes the UTF-8 form of the n Latin-1 bytes at p at out, which holds
+/// Latin1ToUtf8Length(p, n) bytes (no byte past them is written), and gives that length.
+std::size_t Latin1ToUtf8(unsigned char* out, const unsigned char* p, std::size_t n);
+
+/// Decodes the n bytes at p, which ValidateKind found well formed, into one code point per
+/// character at out (as many as CountChars gives; nothing past them is written); gives the
+/// position after the last code point.
+unsigned int* DecodeValid(unsigned int* out, const unsigned char* p, std::size_t n);
+
+/// Calls each(code) with the code point of every character of the n bytes at p, which
+/// ValidateKind found well formed, in order, until a call gives false; gives whether none did.
+/// Blocks of up to 256 bytes, each ending on a character start, are decoded into a buffer on
+/// the stack.
+template <class Each>
+bool ForEachCode(const unsigned char* p, std::size_t n, Each each) {
+  constexpr std::size_t kBlock = 256;
+  unsigned int codes[kBlock];
   const unsigned char* const end = p + n;
-  while (end - p >= 8 && AsciiWord(p)) p += 8;
-  while (p < end && *p < 0x80) ++p;
-  if (p == end) return 1;
-  return Utf8Valid(p, end) ? 0 : kInvalid;
+  while (p < end) {
+    const unsigned char* stop = static_cast<std::size_t>(end - p) > kBlock ? p + kBlock : end;
+    while (stop < end && (*stop & 0xC0) == 0x80) --stop;
+    const unsigned int* last = DecodeValid(codes, p, static_cast<std::size_t>(stop - p));
+    for (const unsigned int* c = codes; c < last; ++c)
+      if (!each(*c)) return false;
+    p = stop;
+  }
+  return true;
 }
 
 /// Bytes from the character starting at b to the next one, in well-formed text: the lead

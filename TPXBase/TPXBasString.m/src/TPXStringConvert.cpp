@@ -12,8 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
-using atr_utf8Scan::Decode;
-using atr_utf8Scan::StepLength;
+using atr_utf8Scan::ForEachCode;
 
 namespace {
 
@@ -303,24 +302,15 @@ TPXString::Result TPXString::ConvertToUTF16(unsigned short* out, unsigned int* c
     // Every character is one unit, a four-byte one two.
     for (int i = 0; i < n; ++i) units += ((p[i] & 0xC0) != 0x80) + (p[i] >= 0xF0);
   } else {
-    int i = 0;
-    while (i < n) {
-      if (i + 8 <= n && atr_utf8Scan::AsciiWord(p + i)) {
-        for (int k = 0; k < 8; ++k) out[units + k] = p[i + k];
-        units += 8;
-        i += 8;
-        continue;
-      }
-      const int len = StepLength(p[i]);
-      const unsigned int code = Decode(p + i, len);
-      i += len;
+    ForEachCode(p, static_cast<std::size_t>(n), [out, &units](unsigned int code) {
       if (code > 0xFFFF) {
         out[units++] = static_cast<unsigned short>(0xD800 | ((code - 0x10000) >> 10));
         out[units++] = static_cast<unsigned short>(0xDC00 | (code & 0x3FF));
       } else {
         out[units++] = static_cast<unsigned short>(code);
       }
-    }
+      return true;
+    });
   }
   if (count != nullptr) *count = units;
   return IsBAD() ? Failure : Success;
@@ -331,11 +321,13 @@ TPXString::Result TPXString::ConvertToWChar(unsigned short* out) const {
   const int n = ByteCount();
   const unsigned char* p = reinterpret_cast<const unsigned char*>(m_Buff);
   unsigned int units = 0;
-  for (int i = 0; i < n;) {
-    const int len = m_isAscii ? 1 : StepLength(p[i]);
-    const unsigned int code = Decode(p + i, len);
-    i += len;
-    out[units++] = static_cast<unsigned short>(code > 0xFFFF ? '?' : code);
+  if (m_isAscii) {
+    for (; units < static_cast<unsigned int>(n); ++units) out[units] = p[units];
+  } else {
+    ForEachCode(p, static_cast<std::size_t>(n), [out, &units](unsigned int code) {
+      out[units++] = static_cast<unsigned short>(code > 0xFFFF ? '?' : code);
+      return true;
+    });
   }
   out[units] = 0;
   return IsBAD() ? Failure : Success;
@@ -380,12 +372,10 @@ DXLString TPXString::ToDXL() const {
   const unsigned char* p = reinterpret_cast<const unsigned char*>(m_Buff);
   char* text = new (mem_BuiltInAlloc{}) char[static_cast<std::size_t>(n) + 1];
   int out = 0;
-  for (int i = 0; i < n;) {
-    const int len = m_isAscii ? 1 : StepLength(p[i]);
-    const unsigned int code = Decode(p + i, len);
-    i += len;
+  ForEachCode(p, static_cast<std::size_t>(n), [text, &out](unsigned int code) {
     text[out++] = code >= 32 && code <= 126 ? static_cast<char>(code) : '?';
-  }
+    return true;
+  });
   text[out] = 0;
   DXLString result;
   try {
