@@ -176,4 +176,11 @@ KLDTPXBAS_API int atr_utf8_to_encoding_sized(int toId, char* out, const char* in
                                              char replacement, bool terminate);
 /// @}
 
+/// Decodes the n bytes of UTF-8 at in into one UCS-4 code point per character, by the rules of
+/// atr_encoding_validate_sized(atr_EncodingUtf8, ...). Gives the number of code points, or -1
+/// when the text is not well formed (nothing is then written). With out null
+/// it only measures; otherwise out holds at least the measured count (n always suffices).
+/// No byte at or beyond in + n is read.
+KLDTPXBAS_API int atr_utf8_to_ucs4_sized(unsigned int* out, const unsigned char* in, int n);
+
 #endif  // ATR_UTF8_H
