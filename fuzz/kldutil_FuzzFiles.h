@@ -92,13 +92,7 @@ inline bool Writable(const std::string& key, const std::string& text) {
 /// The lines of a text, without their "\n".
 inline std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    lines.push_back(text.substr(start, end - start));
-    start = end + 1;
-  }
+  kldutil::SplitLines(text, lines);
   return lines;
 }
 

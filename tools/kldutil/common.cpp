@@ -120,6 +120,16 @@ int ParseOptions::Error() const {
   return UsageError(m_command, "unknown option '%s'", arg);
 }
 
+void SplitLines(const std::string& text, std::vector<std::string>& lines) {
+  size_t start = 0;
+  while (start < text.size()) {
+    size_t end = text.find('\n', start);
+    if (end == std::string::npos) end = text.size();
+    lines.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+}
+
 int PrintHelp(const char* text) {
   std::fputs(text, stdout);
   return kOk;

@@ -98,14 +98,7 @@ bool ReadLines(const char* path, std::vector<std::string>& lines) {
   const bool ok = ReadAll(file, name, bytes);
   CloseInput(file);
   if (!ok) return false;
-  std::string text(bytes.Data() != nullptr ? bytes.Data() : "", bytes.Size());
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    lines.push_back(text.substr(start, end - start));
-    start = end + 1;
-  }
+  SplitLines(std::string(bytes.Data() != nullptr ? bytes.Data() : "", bytes.Size()), lines);
   return true;
 }
 

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <getopt.h>
 #include <new>
+#include <string>
+#include <vector>
 
 namespace kldutil {
 
@@ -85,6 +87,10 @@ std::FILE* OpenOutput(const char* name);
 /// Closes a file OpenOutput gave (standard output stays open); false, after a report naming
 /// the file, when its data could not be written.
 bool CloseOutput(std::FILE* file, const char* name);
+
+/// Appends the lines of text to lines, as they are: without their "\n", a "\r" before it
+/// included; a last line without "\n" counts too.
+void SplitLines(const std::string& text, std::vector<std::string>& lines);
 
 /// Reads the rest of file into bytes. False (after a report naming the file) on a read error.
 bool ReadAll(std::FILE* file, const char* displayName, Bytes& bytes);
