@@ -3,9 +3,11 @@
 #define ATR_STRINGBASE_H
 
 #include "KLDTPXBasExport.h"
+#include "mem_Alloc.h"
 #include "mem_AllocationOperators.h"
 
 #include <cstddef>
+#include <cstring>
 
 /// The end-of-string marker: every text of a string is followed by this byte.
 constexpr char ATR_EOS = '\0';
@@ -70,7 +72,13 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   enum PreSizeEnm { PreSize };
 
   ~atr_StringBase() {
-    if (m_StringRep != nullptr && m_StringRep->Decrement()) Delete();
+    atr_StringRep* const rep = m_StringRep;
+    if (rep == nullptr || !rep->Decrement()) return;
+    // The common end, a size-classed block with no statistics to keep, is freed here directly.
+    if (m_Buff == rep->InlineText() && !s_statistics)
+      mem_Free(rep);
+    else
+      Delete();
   }
 
   /// Creates the process-wide statistics collector when ATR_SUMMARY exists (any value).
@@ -123,7 +131,10 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   int Compare(const char* text) const;
   /// Position of the first occurrence of text at or after start, or Length() (also for a
   /// start outside the text).
-  int Find(const char* text, int start = 0) const;
+  int Find(const char* text, int start = 0) const {
+    // Measured here, where the length of a literal is known while compiling.
+    return text != nullptr ? FindBytes(text, std::strlen(text), start) : Length();
+  }
   /// Position of the last occurrence of the textLength bytes of text starting at or before
   /// limit, or Length(); a limit or textLength of 0 finds nothing.
   int rfind(const char* text, int textLength, int limit) const;
@@ -135,11 +146,34 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   // Editing; each gives the string itself.
   /// Copies the string's text first when it is shared, even if the caller only reads.
   char& operator[](int ix);
-  atr_StringBase& Append(const atr_StringBase& other);
+  atr_StringBase& Append(const atr_StringBase& other) {
+    return append(other.CStr(), other.Length(), 0, ATR_TO_END);
+  }
   /// Appends exactly n bytes of text.
-  atr_StringBase& Append(const char* text, int n);
-  /// Appends at most n of the clen bytes of text that follow start.
-  atr_StringBase& append(const char* text, int clen, int start, int n);
+  atr_StringBase& Append(const char* text, int n) { return append(text, n, 0, n); }
+  /// Appends at most n of the clen bytes of text that follow start. Inline for the common
+  /// case of a sole owner whose size class still has room; everything else (growth, sharing,
+  /// separate buffers, range checks) is done by AppendElsewhere.
+  atr_StringBase& append(const char* text, int clen, int start, int n) {
+    atr_StringRep* const rep = m_StringRep;
+    if (rep != nullptr && text != nullptr && start >= 0 && start < clen && n > 0 &&
+        rep->References() == 1 && m_Buff == rep->InlineText()) {
+      const int count = clen - start < n ? clen - start : n;
+      const int length = rep->Length();
+      if (count < rep->Capacity() - length) {
+        // The source may be this string's own text: it lies before the bytes written.
+        char* const end = m_Buff + length;
+        if (count == 1)
+          *end = text[start];
+        else
+          std::memmove(end, text + start, static_cast<std::size_t>(count));
+        end[count] = ATR_EOS;
+        rep->SetLength(length + count);
+        return *this;
+      }
+    }
+    return AppendElsewhere(text, clen, start, n);
+  }
   /// Inserts at start1 at most n of the slen bytes of text that follow start2.
   atr_StringBase& insert(int start1, const char* text, int slen, int start2, int n);
   /// Replaces at most count1 bytes at start1 by at most count2 of the slen bytes of text that
@@ -174,6 +208,17 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   static int NormaliseExponent(char* text, int len);
 
   // Storage primitives.
+  /// Texts of up to this many bytes live in one size-classed block with their header.
+  static constexpr int kLongestInline = 238;
+  /// A size-classed block for len bytes of text (0 to kLongestInline), with the header length
+  /// set to length; the text starts at InlineText(). Inline, so that making a short string
+  /// costs its allocation and little more.
+  static atr_StringRep* NewBlock(int len, int length) {
+    const int n = (len + 17) >> 5;
+    void* const block = mem_OperatorNewThrowBuiltin(static_cast<std::size_t>(32 * n + 32));
+    if (s_statistics) CountBlock(32 * n + 20);
+    return ::new (block) atr_StringRep(32 * n + 20, length);
+  }
   void allocate(int len, int length);
   void* get(int n);
   void isolate(int n);
@@ -190,6 +235,13 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   friend class atr_StringBasePrv;
 
   static const char* EmptyText();
+  /// Whether the statistics collector exists (between Initialize and Finalize with
+  /// ATR_SUMMARY set): the inline paths leave every counted step to the library.
+  static bool s_statistics;
+  /// allocate, for the primitives of the library's own source.
+  void NewStorage(int len, int length);
+  /// Statistics Allocate of a size-classed block of that capacity.
+  static void CountBlock(int capacity);
   bool IsInline() const { return m_Buff == m_StringRep->InlineText(); }
   /// Whether count bytes at text lie in storage that an edit of this string could overwrite
   /// or free (it is the sole owner of a buffer of its own).
@@ -200,6 +252,10 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// Replaces removed bytes at start by inserted bytes from source (which may lie anywhere,
   /// this string's own text included).
   atr_StringBase& Splice(int start, int removed, const char* source, int inserted);
+  /// Find of the textLength bytes of text.
+  int FindBytes(const char* text, std::size_t textLength, int start) const;
+  /// append for every case the inline part does not take.
+  atr_StringBase& AppendElsewhere(const char* text, int clen, int start, int n);
 };
 
 #endif  // ATR_STRINGBASE_H

@@ -1,10 +1,14 @@
-// atr_StringBaseImpl.h: length arithmetic shared by the byte-string sources of this module.
+// atr_StringBaseImpl.h: length arithmetic, the release of a header and the byte search shared
+// by the byte-string sources of the library.
 #ifndef ATR_STRINGBASEIMPL_H
 #define ATR_STRINGBASEIMPL_H
 
+#include "atr_Statistician.h"
 #include "atr_StringBase.h"
+#include "mem_Alloc.h"
 
 #include <cstddef>
+#include <cstring>
 #include <new>
 
 /// Lengths are signed 32-bit: a text of ATR_TO_END bytes or more cannot be stored, which is
@@ -22,6 +26,39 @@ inline int atr_Sum(int a, int b) {
 inline int atr_Count(unsigned available, int n) {
   if (n <= 0) return 0;
   return static_cast<unsigned>(n) < available ? n : static_cast<int>(available);
+}
+
+/// Statistics Release of the header, then frees it (with the text of a size-classed block).
+inline void atr_ReleaseHeader(atr_StringRep* rep, int length, int capacity) {
+  if (atr_Statistician* stats = atr_Statistician::Current()) stats->Release(length, capacity);
+  mem_Free(rep);
+}
+
+/// The first occurrence of the m bytes of needle in the n bytes of haystack, or null; an empty
+/// needle is found at the start. Zero bytes are ordinary bytes on both sides.
+///
+/// Candidates are found by scanning for the needle's first byte (memchr, which runs at memory
+/// speed) and checked on their second byte, then with memcmp. When that byte turns out to be
+/// frequent in the text, every candidate costs a call, so after more false candidates than one per
+/// 32 bytes scanned the rest is handed to memmem, whose cost does not depend on how often a byte
+/// occurs.
+inline const char* atr_FindBytes(const char* haystack, std::size_t n, const char* needle,
+                                 std::size_t m) {
+  if (m == 0) return haystack;
+  if (m > n) return nullptr;
+  const char first = needle[0];
+  const char* const last = haystack + (n - m);  // the last place a match can start
+  std::size_t misses = 0;
+  for (const char* p = haystack; p <= last; ++p) {
+    p = static_cast<const char*>(std::memchr(p, first, static_cast<std::size_t>(last - p) + 1));
+    if (p == nullptr) return nullptr;
+    if (m == 1 || (p[1] == needle[1] && std::memcmp(p + 2, needle + 2, m - 2) == 0)) return p;
+    if (++misses > 4 + static_cast<std::size_t>(p - haystack) / 32) {
+      const std::size_t rest = static_cast<std::size_t>(haystack + n - (p + 1));
+      return static_cast<const char*>(memmem(p + 1, rest, needle, m));
+    }
+  }
+  return nullptr;
 }
 
 #endif  // ATR_STRINGBASEIMPL_H
