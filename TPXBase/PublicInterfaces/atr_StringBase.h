@@ -203,6 +203,15 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// Sets the length after a caller wrote into GetBuffPtr(); the byte at len must be ATR_EOS.
   atr_StringBase& SetStringLength(int len);
 
+  /// The index of the text that a reader attached with AttachIndex, or null. Only a header
+  /// allocated alone (a text longer than a size class, adopted or borrowed) can hold one.
+  const void* AttachedIndex() const;
+  /// Attaches index, a block from mem_Malloc derived from the text, unless another reader was
+  /// first; gives the index attached (null when this text cannot hold one). The block that is
+  /// not attached is freed. Safe for readers of one shared header on several threads; any
+  /// change of the text, and the release of the header, frees the index.
+  const void* AttachIndex(void* index) const;
+
   /// Removes one zero of a three-digit exponent that starts with 0 ("1e+005" to "1e+05") in
   /// the len bytes of a formatted number; gives the new length.
   static int NormaliseExponent(char* text, int len);
@@ -249,6 +258,8 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// Takes the result of formatting a number into buf (snprintf's count).
   void FromFormatted(char* buf, int len, bool normalise);
   void DropHeader();
+  /// Frees the attached index, if any: the text is about to change or go.
+  void DropIndex();
   /// Replaces removed bytes at start by inserted bytes from source (which may lie anywhere,
   /// this string's own text included).
   atr_StringBase& Splice(int start, int removed, const char* source, int inserted);

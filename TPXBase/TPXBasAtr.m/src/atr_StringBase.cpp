@@ -59,7 +59,7 @@ inline void atr_StringBase::NewStorage(int len, int length) {
     return;
   }
   if (len >= ATR_TO_END) throw std::bad_alloc();  // no room for the terminator
-  atr_StringRep* rep = new atr_StringRep(len + 1, length);
+  atr_StringRep* rep = new atr_StringRepAlone(len + 1, length);
   char* text;
   try {
     text = new (mem_BuiltInAlloc{}) char[static_cast<std::size_t>(len) + 1];
@@ -87,6 +87,7 @@ void* atr_StringBase::get(int n) {
     return nullptr;
   }
   const int capacity = rep->Capacity();
+  DropIndex();  // the text is rewritten in place or moves
   if (capacity > n) return nullptr;
   char* const old = m_Buff;
   atr_Statistician* const stats = atr_Statistician::Current();
@@ -125,6 +126,7 @@ void atr_StringBase::isolate(int n) {
     return;
   }
   const int capacity = rep->Capacity();
+  DropIndex();  // the caller writes the text in place, or it moves
   if (capacity > wanted) return;
   const bool inlineStorage = IsInline();
   NewStorage(wanted, length);
@@ -154,6 +156,7 @@ void atr_StringBase::release(atr_StringRep* rep, int length, int capacity) {
 void atr_StringBase::Delete() {
   KLD_ASSERT(m_StringRep && m_StringRep->References() >= 0);
   int capacity = m_StringRep->Capacity();
+  DropIndex();
   if (!IsInline() && capacity != 0) {
     mem_Free(m_Buff);
     capacity = 0;
@@ -161,6 +164,32 @@ void atr_StringBase::Delete() {
   atr_ReleaseHeader(m_StringRep, m_StringRep->Length(), capacity);
   m_StringRep = nullptr;
   m_Buff = nullptr;
+}
+
+void atr_StringBase::DropIndex() {
+  if (m_StringRep == nullptr || IsInline()) return;
+  auto* const alone = static_cast<atr_StringRepAlone*>(m_StringRep);
+  mem_Free(alone->m_index.exchange(nullptr, std::memory_order_relaxed));
+}
+
+const void* atr_StringBase::AttachedIndex() const {
+  if (m_StringRep == nullptr || IsInline()) return nullptr;
+  return static_cast<const atr_StringRepAlone*>(m_StringRep)
+      ->m_index.load(std::memory_order_acquire);
+}
+
+const void* atr_StringBase::AttachIndex(void* index) const {
+  if (m_StringRep == nullptr || IsInline()) {
+    mem_Free(index);
+    return nullptr;
+  }
+  auto* const alone = static_cast<atr_StringRepAlone*>(m_StringRep);
+  void* expected = nullptr;
+  if (alone->m_index.compare_exchange_strong(expected, index, std::memory_order_acq_rel,
+                                             std::memory_order_acquire))
+    return index;
+  mem_Free(index);  // another reader was first
+  return expected;
 }
 
 void atr_StringBase::DropHeader() {
@@ -261,7 +290,7 @@ int atr_StringBase::NormaliseExponent(char* text, int len) {
 atr_StringBase::atr_StringBase(char* buffer, int len, AdoptEnm) {
   // Ownership passes at the call: should the header fail, the buffer is not leaked.
   try {
-    m_StringRep = new atr_StringRep(len + 1, len);
+    m_StringRep = new atr_StringRepAlone(len + 1, len);
   } catch (...) {
     mem_Free(buffer);
     throw;
@@ -270,7 +299,7 @@ atr_StringBase::atr_StringBase(char* buffer, int len, AdoptEnm) {
 }
 
 atr_StringBase::atr_StringBase(const char* text, int len, BorrowEnm)
-    : m_Buff(const_cast<char*>(text)), m_StringRep(new atr_StringRep(0, len)) {}
+    : m_Buff(const_cast<char*>(text)), m_StringRep(new atr_StringRepAlone(0, len)) {}
 
 atr_StringBase::atr_StringBase(int n, PreSizeEnm) {
   allocate(n, 0);
@@ -378,6 +407,7 @@ atr_StringBase& atr_StringBase::SetStringLength(int len) {
                                   : m_StringRep->Capacity() != 0 ? m_StringRep->Capacity()
                                                                  : m_StringRep->Length() + 1};
   KLD_ASSERT(m_StringRep && m_Buff[len] == ATR_EOS);
+  DropIndex();
   m_StringRep->SetLength(len);
   return *this;
 }

@@ -7,6 +7,7 @@
 #include "atr_StringBase.h"
 #include "mem_Alloc.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -27,6 +28,21 @@ inline int atr_Count(unsigned available, int n) {
   if (n <= 0) return 0;
   return static_cast<unsigned>(n) < available ? n : static_cast<int>(available);
 }
+
+/// A header allocated alone (long, adopted and borrowed texts) and the one word it carries
+/// beyond the shared header: an index derived from the text (the character offsets of
+/// TPXString), attached by the first reader that needs it. A size-classed block has no such
+/// word; its texts are short enough to walk.
+///
+/// The index is published once with a compare-and-swap, so readers sharing the header on
+/// several threads may race to build it: one wins, the others free their own and use the
+/// winner's. It is dropped (freed with mem_Free) only by an owner about to change the text or
+/// releasing the header, which by the sharing rules no other thread is reading.
+class atr_StringRepAlone : public atr_StringRep {
+ public:
+  using atr_StringRep::atr_StringRep;
+  std::atomic<void*> m_index{nullptr};
+};
 
 /// Statistics Release of the header, then frees it (with the text of a size-classed block).
 inline void atr_ReleaseHeader(atr_StringRep* rep, int length, int capacity) {
