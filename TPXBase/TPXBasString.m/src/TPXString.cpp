@@ -541,7 +541,8 @@ TPXStringiterator TPXStringiterator::operator+(int n) const {
     } else {
       for (; n > 0; --n) ++temp;  // runs into the end, which the step reports
     }
-  } else if (temp.m_index + n >= 0 && m_string->CharIndex() != nullptr) {
+  } else if (-n > kStride && temp.m_index + n >= 0 && m_string->CharIndex() != nullptr) {
+    // A long jump back: from the index. Short steps back stay with the previous character.
     temp.m_index += n;
     temp.m_pos = m_string->ByteOffset(temp.m_index);
   } else {
