@@ -27,9 +27,9 @@ const unsigned char* Bytes(const char* p) { return reinterpret_cast<const unsign
 //   index[0]: the number of characters; index[k], k >= 1: the byte offset of character
 //   k * kStride, for every such character that exists.
 // A text of n bytes has at most n characters, so the block holds at most 1 + n / kStride
-// ints: 4 + n / 64 bytes, 1.5625 % of the text plus 4 bytes. With the word that the header
-// of a long text keeps for it, texts of kIndexedBytes and more pay at most
-// 1.5625 % + 12 / 4096 = 1.86 %. Shorter texts are walked: at most kIndexedBytes bytes.
+// ints: 4 + n / 64 bytes, 1.5625 % of the text plus 4 bytes. With the 12 bytes by which the
+// header of a long text grows to hold a pointer to it, texts of kIndexedBytes and more pay at
+// most 1.5625 % + 16 / 4096 = 1.95 %. Shorter texts are walked: at most kIndexedBytes bytes.
 constexpr int kStride = 256;
 constexpr int kIndexedBytes = 4096;
 
