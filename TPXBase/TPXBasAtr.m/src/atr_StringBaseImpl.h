@@ -50,31 +50,49 @@ inline void atr_ReleaseHeader(atr_StringRep* rep, int length, int capacity) {
   mem_Free(rep);
 }
 
+/// Whether the n bytes at a and b are equal. Short runs, the usual rest of a needle, are
+/// compared here: a call to memcmp costs more than the comparison.
+inline bool atr_SameBytes(const char* a, const char* b, std::size_t n) {
+  if (n > 16) return std::memcmp(a, b, n) == 0;
+  for (std::size_t k = 0; k < n; ++k)
+    if (a[k] != b[k]) return false;
+  return true;
+}
+
+/// atr_FindBytes past a first candidate that failed, which is at p (not before the last
+/// place a match can start). Out of line: the first candidate is often the match.
+__attribute__((noinline)) inline const char* atr_FindBytesAfter(const char* haystack, std::size_t n,
+                                                                const char* p, const char* needle,
+                                                                std::size_t m) {
+  const char* const last = haystack + (n - m);
+  for (std::size_t misses = 1; p < last;) {
+    if (misses > 4 + static_cast<std::size_t>(p - haystack) / 32) {
+      const std::size_t rest = static_cast<std::size_t>(haystack + n - (p + 1));
+      return static_cast<const char*>(memmem(p + 1, rest, needle, m));
+    }
+    p = static_cast<const char*>(std::memchr(p + 1, needle[0], static_cast<std::size_t>(last - p)));
+    if (p == nullptr) return nullptr;
+    if (atr_SameBytes(p + 1, needle + 1, m - 1)) return p;
+    ++misses;
+  }
+  return nullptr;
+}
+
 /// The first occurrence of the m bytes of needle in the n bytes of haystack, or null; an empty
 /// needle is found at the start. Zero bytes are ordinary bytes on both sides.
 ///
 /// Candidates are found by scanning for the needle's first byte (memchr, which runs at memory
-/// speed) and checked on their second byte, then with memcmp. When that byte turns out to be
-/// frequent in the text, every candidate costs a call, so after more false candidates than one per
-/// 32 bytes scanned the rest is handed to memmem, whose cost does not depend on how often a byte
-/// occurs.
+/// speed) and compared byte by byte (with memcmp past 16 bytes). When that byte turns out to be
+/// frequent in the text, every candidate costs a call, so after more false candidates than 4
+/// and one per 32 bytes scanned the rest is handed to memmem, whose cost does not depend on how
+/// often a byte occurs.
 inline const char* atr_FindBytes(const char* haystack, std::size_t n, const char* needle,
                                  std::size_t m) {
   if (m == 0) return haystack;
   if (m > n) return nullptr;
-  const char first = needle[0];
-  const char* const last = haystack + (n - m);  // the last place a match can start
-  std::size_t misses = 0;
-  for (const char* p = haystack; p <= last; ++p) {
-    p = static_cast<const char*>(std::memchr(p, first, static_cast<std::size_t>(last - p) + 1));
-    if (p == nullptr) return nullptr;
-    if (m == 1 || (p[1] == needle[1] && std::memcmp(p + 2, needle + 2, m - 2) == 0)) return p;
-    if (++misses > 4 + static_cast<std::size_t>(p - haystack) / 32) {
-      const std::size_t rest = static_cast<std::size_t>(haystack + n - (p + 1));
-      return static_cast<const char*>(memmem(p + 1, rest, needle, m));
-    }
-  }
-  return nullptr;
+  const char* p = static_cast<const char*>(std::memchr(haystack, needle[0], n - m + 1));
+  if (p == nullptr || atr_SameBytes(p + 1, needle + 1, m - 1)) return p;
+  return atr_FindBytesAfter(haystack, n, p, needle, m);
 }
 
 #endif  // ATR_STRINGBASEIMPL_H
