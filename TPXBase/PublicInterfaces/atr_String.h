@@ -64,7 +64,7 @@ class KLDTPXBAS_API atr_String : public atr_StringBase {
     const char* const from = CStr() + start;
     atr_StringRep* const rep = NewBlock(static_cast<int>(count), static_cast<int>(count));
     char* const buff = rep->InlineText();
-    std::memcpy(buff, from, count);
+    CopyBytes(buff, from, count);
     buff[count] = ATR_EOS;
     atr_String part;
     part.m_StringRep = rep;

@@ -228,6 +228,27 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
     if (s_statistics) CountBlock(32 * n + 20);
     return ::new (block) atr_StringRep(32 * n + 20, length);
   }
+  /// Copies n bytes that do not overlap. Texts of 16 to 64 bytes are moved in pieces of 16
+  /// bytes (the last one overlapping the one before), which the compiler emits inline: for the
+  /// short texts of the size classes a call costs more than the copy.
+  static void CopyBytes(char* to, const char* from, std::size_t n) {
+    if (n < 16 || n > 64) {
+      std::memcpy(to, from, n);
+      return;
+    }
+    const std::size_t last = n - 16;
+    const std::size_t second = n > 32 ? 16 : last;
+    const std::size_t third = n > 48 ? 32 : last;
+    char a[16], b[16], c[16], d[16];
+    std::memcpy(a, from, 16);
+    std::memcpy(b, from + second, 16);
+    std::memcpy(c, from + third, 16);
+    std::memcpy(d, from + last, 16);
+    std::memcpy(to, a, 16);
+    std::memcpy(to + second, b, 16);
+    std::memcpy(to + third, c, 16);
+    std::memcpy(to + last, d, 16);
+  }
   void allocate(int len, int length);
   void* get(int n);
   void isolate(int n);
