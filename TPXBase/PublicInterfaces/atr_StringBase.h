@@ -14,6 +14,15 @@ constexpr char ATR_EOS = '\0';
 /// A count that means "up to the end of the text" (the largest signed 32-bit value).
 constexpr int ATR_TO_END = 2147483647;
 
+/// Whether the n bytes at a and b are equal. Short runs, the usual rest of a needle, are
+/// compared here: a call to memcmp costs more than the comparison.
+inline bool atr_SameBytes(const char* a, const char* b, std::size_t n) {
+  if (n > 16) return std::memcmp(a, b, n) == 0;
+  for (std::size_t k = 0; k < n; ++k)
+    if (a[k] != b[k]) return false;
+  return true;
+}
+
 /// Shared header of a byte string: reference count, capacity and length, 12 bytes.
 ///
 /// A short text lives in one block with its header: `operator new(size, n)` draws 32 * n + 32
@@ -132,8 +141,20 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// Position of the first occurrence of text at or after start, or Length() (also for a
   /// start outside the text).
   int Find(const char* text, int start = 0) const {
-    // Measured here, where the length of a literal is known while compiling.
-    return text != nullptr ? FindBytes(text, std::strlen(text), start) : Length();
+    if (text == nullptr) return Length();
+    // The length is measured here, where a literal's is known while compiling, and the first
+    // candidate (the first place where text's first byte occurs) is checked here too: in most
+    // searches it is the match or there is none. The library searches on from there.
+    const std::size_t m = std::strlen(text);
+    const int length = Length();
+    if (start < 0 || start > length || m == 0 || m > static_cast<std::size_t>(length - start))
+      return FindBytes(text, m, start);
+    const std::size_t places = static_cast<std::size_t>(length - start) - m + 1;
+    const void* hit = std::memchr(m_Buff + start, text[0], places);
+    if (hit == nullptr) return length;
+    const char* const p = static_cast<const char*>(hit);
+    if (atr_SameBytes(p + 1, text + 1, m - 1)) return static_cast<int>(p - m_Buff);
+    return FindBytes(text, m, static_cast<int>(p - m_Buff) + 1);
   }
   /// Position of the last occurrence of the textLength bytes of text starting at or before
   /// limit, or Length(); a limit or textLength of 0 finds nothing.

@@ -50,15 +50,6 @@ inline void atr_ReleaseHeader(atr_StringRep* rep, int length, int capacity) {
   mem_Free(rep);
 }
 
-/// Whether the n bytes at a and b are equal. Short runs, the usual rest of a needle, are
-/// compared here: a call to memcmp costs more than the comparison.
-inline bool atr_SameBytes(const char* a, const char* b, std::size_t n) {
-  if (n > 16) return std::memcmp(a, b, n) == 0;
-  for (std::size_t k = 0; k < n; ++k)
-    if (a[k] != b[k]) return false;
-  return true;
-}
-
 /// atr_FindBytes past a first candidate that failed, which is at p (not before the last
 /// place a match can start). Out of line: the first candidate is often the match.
 __attribute__((noinline)) inline const char* atr_FindBytesAfter(const char* haystack, std::size_t n,
