@@ -9,12 +9,13 @@ namespace {
 
 const std::string kHundred(100, 'h');
 
-// About 1 KB of text with "needle" at its end. With frequentFirstByte the text is full of the
-// needle's first byte, so that a search cannot skip straight to the end.
-std::string Haystack(bool frequentFirstByte) {
+// A text of about size bytes with "needle" at its end. With frequentFirstByte the text is full
+// of the needle's first byte, so that a search cannot skip straight to the end.
+std::string Haystack(bool frequentFirstByte, std::size_t size) {
+  const std::string filler =
+      frequentFirstByte ? "element node number " : "lorem ipsum dolor sit amet, ";
   std::string text;
-  while (text.size() < 1000)
-    text += frequentFirstByte ? "element node number " : "lorem ipsum dolor sit amet, ";
+  while (text.size() + filler.size() + 6 <= size) text += filler;
   return text + "needle";
 }
 
@@ -79,17 +80,26 @@ void BM_Substr_std(benchmark::State& state) {
 }
 BENCHMARK(BM_Substr_std);
 
+// Arguments: whether the needle's first byte is frequent, and the haystack's size (a short
+// name, or about 1 KB).
+void FindArguments(benchmark::internal::Benchmark* b) {
+  b->ArgNames({"frequentFirstByte", "size"});
+  for (int frequent : {0, 1})
+    for (int size : {32, 1024}) b->Args({frequent, size});
+}
+
 void BM_Find_atr(benchmark::State& state) {
-  const atr_String text = atr_MakeAtrString(Haystack(state.range(0) != 0).c_str());
+  const std::string source = Haystack(state.range(0) != 0, std::size_t(state.range(1)));
+  const atr_String text = atr_MakeAtrString(source.c_str());
   for (auto _ : state) benchmark::DoNotOptimize(text.Find("needle", 0));
 }
-BENCHMARK(BM_Find_atr)->ArgName("frequentFirstByte")->Arg(0)->Arg(1);
+BENCHMARK(BM_Find_atr)->Apply(FindArguments);
 
 void BM_Find_std(benchmark::State& state) {
-  const std::string text = Haystack(state.range(0) != 0);
+  const std::string text = Haystack(state.range(0) != 0, std::size_t(state.range(1)));
   for (auto _ : state) benchmark::DoNotOptimize(text.find("needle", 0));
 }
-BENCHMARK(BM_Find_std)->ArgName("frequentFirstByte")->Arg(0)->Arg(1);
+BENCHMARK(BM_Find_std)->Apply(FindArguments);
 
 }  // namespace
 

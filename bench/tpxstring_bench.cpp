@@ -1,10 +1,12 @@
-// tpxstring_bench.cpp: character-indexed queries of TPXString on ASCII and mixed text, and its
-// UTF-16 conversion next to ICU's u_strFromUTF8 on the same bytes.
+// tpxstring_bench.cpp: character-indexed queries of TPXString on ASCII and mixed text (with the
+// character index: its first access, which builds it, and repeated access), next to ICU's
+// UTF-8 walks on the same bytes; and its UTF-16 conversion next to ICU's u_strFromUTF8.
 #include "KLDTPXBasCoreUtils.h"
 
 #include <benchmark/benchmark.h>
 #include <string>
 #include <unicode/ustring.h>
+#include <unicode/utf8.h>
 #include <vector>
 
 namespace {
@@ -56,6 +58,112 @@ void BM_IndexLast(benchmark::State& state) {
 }
 BENCHMARK(BM_IndexLast)->ArgsProduct({benchmark::CreateRange(1 << 10, 1 << 20, 8), {0}});
 BENCHMARK(BM_IndexLast)->ArgsProduct({benchmark::CreateRange(1 << 10, 1 << 20, 8), {1}});
+
+// The last character of a fresh representation each time: the first access builds the index
+// (for mixed text), as after any change of the text. The copy is made outside the timing.
+void BM_IndexLastFirstAccess(benchmark::State& state) {
+  const bool mixed = state.range(0) != 0;
+  const std::string text = MakeText(kMegabyte, mixed);
+  const unsigned last = static_cast<unsigned>(MakeString(kMegabyte, mixed).GetLengthInChar() - 1);
+  for (auto _ : state) {
+    state.PauseTiming();
+    TPXString s;
+    s.BuildFromUTF8(text.data(), static_cast<unsigned>(text.size()));
+    state.ResumeTiming();
+    benchmark::DoNotOptimize(s[last]);
+  }
+  state.SetLabel(mixed ? "mixed" : "ascii");
+}
+BENCHMARK(BM_IndexLastFirstAccess)->Arg(0)->Arg(1);
+
+// Comparator: ICU's walk to the same character on the same bytes (what an unindexed string
+// pays on every access).
+void BM_IndexLast_IcuFwdN(benchmark::State& state) {
+  const bool mixed = state.range(0) != 0;
+  const std::string text = MakeText(kMegabyte, mixed);
+  const int32_t last = MakeString(kMegabyte, mixed).GetLengthInChar() - 1;
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  const auto length = static_cast<int32_t>(text.size());
+  for (auto _ : state) {
+    int32_t i = 0;
+    U8_FWD_N(bytes, i, length, last);
+    UChar32 c;
+    U8_NEXT(bytes, i, length, c);
+    benchmark::DoNotOptimize(c);
+  }
+  state.SetLabel(mixed ? "mixed" : "ascii");
+}
+BENCHMARK(BM_IndexLast_IcuFwdN)->Arg(0)->Arg(1);
+
+// Iteration from a position: the 16 characters from 1000 before the end.
+void BM_IterateFromPosition(benchmark::State& state) {
+  const bool mixed = state.range(0) != 0;
+  const TPXString s = MakeString(kMegabyte, mixed);
+  const int from = s.GetLengthInChar() - 1000;
+  for (auto _ : state) {
+    int sum = 0;
+    TPXStringiterator it = s.Begin() + from;
+    for (int k = 0; k < 16; ++k, ++it) sum += it.CodeAsUTF32();
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetLabel(mixed ? "mixed" : "ascii");
+}
+BENCHMARK(BM_IterateFromPosition)->Arg(0)->Arg(1);
+
+void BM_IterateFromPosition_IcuFwdN(benchmark::State& state) {
+  const bool mixed = state.range(0) != 0;
+  const std::string text = MakeText(kMegabyte, mixed);
+  const int32_t from = MakeString(kMegabyte, mixed).GetLengthInChar() - 1000;
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  const auto length = static_cast<int32_t>(text.size());
+  for (auto _ : state) {
+    int sum = 0;
+    int32_t i = 0;
+    U8_FWD_N(bytes, i, length, from);
+    for (int k = 0; k < 16; ++k) {
+      UChar32 c;
+      U8_NEXT(bytes, i, length, c);
+      sum += c;
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetLabel(mixed ? "mixed" : "ascii");
+}
+BENCHMARK(BM_IterateFromPosition_IcuFwdN)->Arg(0)->Arg(1);
+
+// A search that starts 1000 characters before the end of 1 MB: the start is found through the
+// index, and only the rest of the text is scanned.
+void BM_FindPositionNearEnd(benchmark::State& state) {
+  const bool mixed = state.range(0) != 0;
+  TPXString s = MakeString(kMegabyte, mixed);
+  s += "needle";
+  const TPXString pattern("needle");
+  const int from = s.GetLengthInChar() - 1000;
+  for (auto _ : state) benchmark::DoNotOptimize(s.FindPosition(pattern, from));
+  state.SetLabel(mixed ? "mixed" : "ascii");
+}
+BENCHMARK(BM_FindPositionNearEnd)->Arg(0)->Arg(1);
+
+// Comparator: ICU's walk to the start, std::string::find, and a count of the characters up to
+// the match.
+void BM_FindPositionNearEnd_IcuStd(benchmark::State& state) {
+  const bool mixed = state.range(0) != 0;
+  const std::string text = MakeText(kMegabyte, mixed) + "needle";
+  const TPXString s(text.c_str());
+  const int32_t from = s.GetLengthInChar() - 1000;
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  const auto length = static_cast<int32_t>(text.size());
+  for (auto _ : state) {
+    int32_t i = 0;
+    U8_FWD_N(bytes, i, length, from);
+    const std::size_t at = text.find("needle", static_cast<std::size_t>(i));
+    int32_t index = from;
+    for (auto k = static_cast<std::size_t>(i); k < at; ++k) index += (bytes[k] & 0xC0) != 0x80;
+    benchmark::DoNotOptimize(index);
+  }
+  state.SetLabel(mixed ? "mixed" : "ascii");
+}
+BENCHMARK(BM_FindPositionNearEnd_IcuStd)->Arg(0)->Arg(1);
 
 void BM_FindPosition(benchmark::State& state) {
   const bool mixed = state.range(0) != 0;

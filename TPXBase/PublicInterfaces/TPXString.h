@@ -257,6 +257,16 @@ class KLDTPXBAS_API TPXString : public atr_StringBase {
   int StepAt(int pos) const;
   /// Byte offset of character index (the byte length for the end); -1 past the end.
   int ByteOffset(int index) const;
+  /// The same for character target, knowing that character index (not above target) starts
+  /// at byte pos.
+  int ByteOffsetFrom(int pos, int index, int target) const;
+  /// Character index of the character that starts at byte at, knowing that character index
+  /// (not after it) starts at byte pos.
+  int CharIndexAt(int pos, int index, int at) const;
+  /// The character index of a long mixed text, built on first need and shared by every copy
+  /// of the text; null for ASCII and short texts (and when memory is short): those are
+  /// walked.
+  const int* CharIndex() const;
   void SetBytes(const char* bytes, int count, bool isAscii);
   void Fill(const TPXString& text, unsigned int n);
   void Fill(const TPXChar& c, unsigned int n);

@@ -56,11 +56,30 @@ class KLDTPXBAS_API atr_String : public atr_StringBase {
   using atr_StringBase::operator[];
 
   /// Appends the other string's text (which may be this string's own).
-  atr_String& Append(const atr_String& other);
+  atr_String& Append(const atr_String& other) {
+    atr_StringBase::Append(other);
+    return *this;
+  }
 
   /// The bytes from start, at most n of them. start past the end is fatal
   /// ("Substr: start out of range"). The result always has storage of its own.
-  atr_String Substr(unsigned int start, unsigned int n) const;
+  atr_String Substr(unsigned int start, unsigned int n) const {
+    const unsigned int length = Length();
+    const unsigned int count = length - start < n ? length - start : n;
+    if (start > length || count > static_cast<unsigned int>(kLongestInline))
+      return SubstrElsewhere(start, n);
+    // The header and the text are complete before the result refers to them: the result may
+    // not be assumed apart from this string, which would otherwise be read again.
+    const char* const from = CStr() + start;
+    atr_StringRep* const rep = NewBlock(static_cast<int>(count), static_cast<int>(count));
+    char* const buff = rep->InlineText();
+    CopyBytes(buff, from, count);
+    buff[count] = ATR_EOS;
+    atr_String part;
+    part.m_StringRep = rep;
+    part.m_Buff = buff;
+    return part;
+  }
 
   /// Field n (from 0) of a list separated by separator; empty when there is no such field.
   atr_String extract(unsigned int n, char separator) const;
@@ -105,6 +124,8 @@ class KLDTPXBAS_API atr_String : public atr_StringBase {
   /// Copies n bytes (at most 2147483647).
   atr_String(const char* text, unsigned int n);
 
+  /// Substr of a text too long for a size class, or with start out of range (fatal).
+  atr_String SubstrElsewhere(unsigned int start, unsigned int n) const;
   /// This string converted by convert (measure with a null output, then write and terminate),
   /// this string itself when it holds ASCII bytes only, or the transcoding error text.
   atr_String Transcoded(int (*convert)(char* out, const char* in, int n)) const;

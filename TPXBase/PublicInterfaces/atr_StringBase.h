@@ -4,14 +4,25 @@
 #define ATR_STRINGBASE_H
 
 #include "KLDTPXBasExport.h"
+#include "mem_Alloc.h"
 #include "mem_AllocationOperators.h"
 
 #include <cstddef>
+#include <cstring>
 
 /// The end-of-string marker: every text of a string is followed by this byte.
 constexpr char ATR_EOS = '\0';
 /// A count that means "up to the end of the text" (the largest signed 32-bit value).
 constexpr int ATR_TO_END = 2147483647;
+
+/// Whether the n bytes at a and b are equal. Short runs, the usual rest of a needle, are
+/// compared here: a call to memcmp costs more than the comparison.
+inline bool atr_SameBytes(const char* a, const char* b, std::size_t n) {
+  if (n > 16) return std::memcmp(a, b, n) == 0;
+  for (std::size_t k = 0; k < n; ++k)
+    if (a[k] != b[k]) return false;
+  return true;
+}
 
 /// Shared header of a byte string: reference count, capacity and length, 12 bytes.
 ///
@@ -82,7 +93,13 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   enum PreSizeEnm { PreSize };
 
   ~atr_StringBase() {
-    if (m_StringRep != nullptr && m_StringRep->Decrement()) Delete();
+    atr_StringRep* const rep = m_StringRep;
+    if (rep == nullptr || !rep->Decrement()) return;
+    // The common end, a size-classed block with no statistics to keep, is freed here directly.
+    if (m_Buff == rep->InlineText() && !s_statistics)
+      mem_Free(rep);
+    else
+      Delete();
   }
 
   /// Creates the process-wide statistics collector when ATR_SUMMARY exists (any value).
@@ -141,7 +158,22 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   int Compare(const char* text) const;
   /// Position of the first occurrence of text at or after start, or Length() (also for a
   /// start outside the text).
-  int Find(const char* text, int start = 0) const;
+  int Find(const char* text, int start = 0) const {
+    if (text == nullptr) return Length();
+    // The length is measured here, where a literal's is known while compiling, and the first
+    // candidate (the first place where text's first byte occurs) is checked here too: in most
+    // searches it is the match or there is none. The library searches on from there.
+    const std::size_t m = std::strlen(text);
+    const int length = Length();
+    if (start < 0 || start > length || m == 0 || m > static_cast<std::size_t>(length - start))
+      return FindBytes(text, m, start);
+    const std::size_t places = static_cast<std::size_t>(length - start) - m + 1;
+    const void* hit = std::memchr(m_Buff + start, text[0], places);
+    if (hit == nullptr) return length;
+    const char* const p = static_cast<const char*>(hit);
+    if (atr_SameBytes(p + 1, text + 1, m - 1)) return static_cast<int>(p - m_Buff);
+    return FindBytes(text, m, static_cast<int>(p - m_Buff) + 1);
+  }
   /// Position of the last occurrence of the textLength bytes of text starting at or before
   /// limit, or Length(); a limit or textLength of 0 finds nothing.
   int rfind(const char* text, int textLength, int limit) const;
@@ -154,11 +186,34 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// Copies the string's text first when it is shared, even if the caller only reads.
   char& operator[](int ix);
   /// Appends other's text (which may be this string's own).
-  atr_StringBase& Append(const atr_StringBase& other);
+  atr_StringBase& Append(const atr_StringBase& other) {
+    return append(other.CStr(), other.Length(), 0, ATR_TO_END);
+  }
   /// Appends exactly n bytes of text.
-  atr_StringBase& Append(const char* text, int n);
-  /// Appends at most n of the clen bytes of text that follow start.
-  atr_StringBase& append(const char* text, int clen, int start, int n);
+  atr_StringBase& Append(const char* text, int n) { return append(text, n, 0, n); }
+  /// Appends at most n of the clen bytes of text that follow start. Inline for the common
+  /// case of a sole owner whose size class still has room; everything else (growth, sharing,
+  /// separate buffers, range checks) is done by AppendElsewhere.
+  atr_StringBase& append(const char* text, int clen, int start, int n) {
+    atr_StringRep* const rep = m_StringRep;
+    if (rep != nullptr && text != nullptr && start >= 0 && start < clen && n > 0 &&
+        rep->References() == 1 && m_Buff == rep->InlineText()) {
+      const int count = clen - start < n ? clen - start : n;
+      const int length = rep->Length();
+      if (count < rep->Capacity() - length) {
+        // The source may be this string's own text: it lies before the bytes written.
+        char* const end = m_Buff + length;
+        if (count == 1)
+          *end = text[start];
+        else
+          std::memmove(end, text + start, static_cast<std::size_t>(count));
+        end[count] = ATR_EOS;
+        rep->SetLength(length + count);
+        return *this;
+      }
+    }
+    return AppendElsewhere(text, clen, start, n);
+  }
   /// Inserts at start1 at most n of the slen bytes of text that follow start2.
   atr_StringBase& insert(int start1, const char* text, int slen, int start2, int n);
   /// Replaces at most count1 bytes at start1 by at most count2 of the slen bytes of text that
@@ -194,11 +249,52 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// Sets the length after a caller wrote into GetBuffPtr(); the byte at len must be ATR_EOS.
   atr_StringBase& SetStringLength(int len);
 
+  /// The index of the text that a reader attached with AttachIndex, or null. Only a header
+  /// allocated alone (a text longer than a size class, adopted or borrowed) can hold one.
+  const void* AttachedIndex() const;
+  /// Attaches index, a block from mem_Malloc derived from the text, unless another reader was
+  /// first; gives the index attached (null when this text cannot hold one). The block that is
+  /// not attached is freed. Safe for readers of one shared header on several threads; any
+  /// change of the text, and the release of the header, frees the index.
+  const void* AttachIndex(void* index) const;
+
   /// Removes one zero of a three-digit exponent that starts with 0 ("1e+005" to "1e+05") in
   /// the len bytes of a formatted number; gives the new length.
   static int NormaliseExponent(char* text, int len);
 
   // Storage primitives.
+  /// Texts of up to this many bytes live in one size-classed block with their header.
+  static constexpr int kLongestInline = 238;
+  /// A size-classed block for len bytes of text (0 to kLongestInline), with the header length
+  /// set to length; the text starts at InlineText(). Inline, so that making a short string
+  /// costs its allocation and little more.
+  static atr_StringRep* NewBlock(int len, int length) {
+    const int n = (len + 17) >> 5;
+    void* const block = mem_OperatorNewThrowBuiltin(static_cast<std::size_t>(32 * n + 32));
+    if (s_statistics) CountBlock(32 * n + 20);
+    return ::new (block) atr_StringRep(32 * n + 20, length);
+  }
+  /// Copies n bytes that do not overlap. Texts of 16 to 64 bytes are moved in pieces of 16
+  /// bytes (the last one overlapping the one before), which the compiler emits inline: for the
+  /// short texts of the size classes a call costs more than the copy.
+  static void CopyBytes(char* to, const char* from, std::size_t n) {
+    if (n < 16 || n > 64) {
+      std::memcpy(to, from, n);
+      return;
+    }
+    const std::size_t last = n - 16;
+    const std::size_t second = n > 32 ? 16 : last;
+    const std::size_t third = n > 48 ? 32 : last;
+    char a[16], b[16], c[16], d[16];
+    std::memcpy(a, from, 16);
+    std::memcpy(b, from + second, 16);
+    std::memcpy(c, from + third, 16);
+    std::memcpy(d, from + last, 16);
+    std::memcpy(to, a, 16);
+    std::memcpy(to + second, b, 16);
+    std::memcpy(to + third, c, 16);
+    std::memcpy(to + last, d, 16);
+  }
   /// Gives the string a new header and storage for len bytes of text (size-classed up to 238
   /// bytes) and records length; the old header is not released. std::bad_alloc when memory
   /// runs out.
@@ -233,6 +329,13 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   friend class atr_StringBasePrv;
 
   static const char* EmptyText();
+  /// Whether the statistics collector exists (between Initialize and Finalize with
+  /// ATR_SUMMARY set): the inline paths leave every counted step to the library.
+  static bool s_statistics;
+  /// allocate, for the primitives of the library's own source.
+  void NewStorage(int len, int length);
+  /// Statistics Allocate of a size-classed block of that capacity.
+  static void CountBlock(int capacity);
   bool IsInline() const { return m_Buff == m_StringRep->InlineText(); }
   /// Whether count bytes at text lie in storage that an edit of this string could overwrite
   /// or free (it is the sole owner of a buffer of its own).
@@ -240,9 +343,15 @@ class KLDTPXBAS_API atr_StringBase : public mem_AllocationOperators {
   /// Takes the result of formatting a number into buf (snprintf's count).
   void FromFormatted(char* buf, int len, bool normalise);
   void DropHeader();
+  /// Frees the attached index, if any: the text is about to change or go.
+  void DropIndex();
   /// Replaces removed bytes at start by inserted bytes from source (which may lie anywhere,
   /// this string's own text included).
   atr_StringBase& Splice(int start, int removed, const char* source, int inserted);
+  /// Find of the textLength bytes of text.
+  int FindBytes(const char* text, std::size_t textLength, int start) const;
+  /// append for every case the inline part does not take.
+  atr_StringBase& AppendElsewhere(const char* text, int clen, int start, int n);
 };
 
 #endif  // ATR_STRINGBASE_H

@@ -1,9 +1,14 @@
 // TPXString_test.cpp: character positions, iteration, searches and edits with the ASCII flag,
 // sharing, hashing and the BAD value.
 #include "TPXStringTestSupport.h"
+#include "kld_TestSupport.h"
 
+#include <atomic>
+#include <functional>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -335,6 +340,166 @@ TEST(TPXStringBad, FailedBuildLeavesAnInertBadValue) {
   EXPECT_FALSE(s.IsBAD());
 }
 
+namespace {
+
+// A long mixed text: characters of 1 to 4 bytes in an irregular order, so that the points of
+// the character index fall on every kind of character.
+std::string LongMixed(std::size_t bytes) {
+  static const char* const kPieces[] = {
+      "a", "\xC3\xA9", "bc", "\xE2\x82\xAC", "d", "\xF0\x9F\x98\x80", "\xC3\xA9\xC3\xA9", "e"};
+  std::mt19937 rng(static_cast<unsigned>(bytes));
+  std::string text;
+  while (text.size() < bytes) text += kPieces[rng() % 8];
+  return text;
+}
+
+// The byte offset of every character of well-formed text, and of its end.
+std::vector<int> Offsets(const std::string& text) {
+  std::vector<int> offsets;
+  for (std::size_t i = 0; i < text.size(); ++i)
+    if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) offsets.push_back(int(i));
+  offsets.push_back(int(text.size()));
+  return offsets;
+}
+
+// A view of the index attached to a string's text.
+class IndexProbe : public TPXString {
+ public:
+  static const void* Of(const TPXString& s) {
+    IndexProbe probe;
+    probe.TPXString::operator=(s);  // shares the text, and so its index
+    return probe.AttachedIndex();
+  }
+};
+
+// Every character the index can mislead about: both sides of each point of the index (every
+// 256 characters), the ends, and jumps of the iterator and searches from those positions.
+// Searches and sub-strings allocate: allocate false leaves them out.
+void ExpectPositions(const TPXString& s, const std::string& text, bool allocate = true) {
+  const std::vector<int> at = Offsets(text);
+  const int chars = int(at.size()) - 1;
+  ASSERT_EQ(chars, s.GetLengthInChar());
+  std::vector<int> probes = {0, 1, chars - 1, chars};
+  for (int point = 256; point <= chars; point += 256)
+    for (int d : {-1, 0, 1})
+      if (point + d <= chars) probes.push_back(point + d);
+  for (int i : probes) {
+    const std::string expected = text.substr(at[i], at[i + (i < chars)] - at[i]);
+    ASSERT_EQ(expected, s[unsigned(i)].CastToCharPtr()) << "character " << i;
+    const TPXStringiterator it = s.Begin() + i;
+    ASSERT_EQ(at[i], it.BytePosition()) << i;
+    const TPXStringiterator back = s.End() - (chars - i);
+    ASSERT_EQ(at[i], back.BytePosition()) << i;
+    ASSERT_EQ(i, back.Index()) << i;
+    if (i == chars || !allocate) continue;
+    // The character itself is found at i (searching from a little before it) and the
+    // sub-string from i holds its bytes.
+    ASSERT_EQ(expected, Text(s.SubString(i, 1))) << i;
+    const int from = i >= 3 ? i - 3 : 0;
+    const int found = s.FindPosition(TPXString(expected.c_str()), from);
+    ASSERT_EQ(text.substr(at[found], expected.size()), expected) << i;
+    ASSERT_LE(found, i);
+  }
+}
+
+}  // namespace
+
+// The character index of long mixed texts gives the positions that a walk would, on both
+// sides of its points; it is built once, shared by copies, and dropped by every change.
+TEST(TPXStringIndex, PositionsMatchAWalkAndChangesDropTheIndex) {
+  std::string text = LongMixed(20000);
+  TPXString s(text.c_str());
+  EXPECT_EQ(nullptr, IndexProbe::Of(s));  // built on first need only
+  ExpectPositions(s, text);
+  const void* const index = IndexProbe::Of(s);
+  EXPECT_NE(nullptr, index);
+
+  // A copy shares it; the first change of either gives the changed one new text without
+  // an index, and the other keeps both.
+  TPXString copy = s;
+  EXPECT_EQ(index, IndexProbe::Of(copy));
+  copy.ReplaceSubString(0, 1, TPXString("\xE2\x82\xAC"));
+  EXPECT_EQ(index, IndexProbe::Of(s));
+  ExpectPositions(copy, "\xE2\x82\xAC" + text.substr(1));
+  ExpectPositions(s, text);
+
+  // Edits of a sole owner in place: the same bytes in another number of characters, fewer
+  // bytes, a cut; each must drop the index before it is read again.
+  const struct {
+    const char* name;
+    std::function<void(TPXString&, std::string&)> edit;
+  } edits[] = {
+      {"2 bytes for 2 characters",
+       [](TPXString& t, std::string& x) {
+         const int e = t.FindPosition(TPXString("\xC3\xA9"), 0);
+         t.ReplaceSubString(e, 1, TPXString("xy"));
+         x.replace(x.find("\xC3\xA9"), 2, "xy");
+       }},
+      {"remove",
+       [](TPXString& t, std::string& x) {
+         t.Remove(0, 3);
+         x.erase(0, Offsets(x)[3]);
+       }},
+      {"truncate",
+       [](TPXString& t, std::string& x) {
+         t.Resize(5000, TPXChar(' '), 1);
+         x.erase(Offsets(x)[5000]);
+       }},
+      {"append",
+       [](TPXString& t, std::string& x) {
+         t += "\xC3\xA9z";
+         x += "\xC3\xA9z";
+       }},
+  };
+  for (const auto& e : edits) {
+    SCOPED_TRACE(e.name);
+    (void)s[unsigned(s.GetLengthInChar() - 1)];  // the index exists before the edit
+    ASSERT_NE(nullptr, IndexProbe::Of(s));
+    e.edit(s, text);
+    EXPECT_EQ(nullptr, IndexProbe::Of(s));
+    ExpectPositions(s, text);
+  }
+
+  // Short and ASCII texts are walked or computed, never indexed.
+  const TPXString shortMixed(LongMixed(4000).c_str());
+  const TPXString ascii(std::string(20000, 'a').c_str());
+  (void)shortMixed[100];
+  (void)ascii[19999];
+  EXPECT_EQ(nullptr, IndexProbe::Of(shortMixed));
+  EXPECT_EQ(nullptr, IndexProbe::Of(ascii));
+}
+
+// Readers of one text on several threads race to build its index: each gets the right
+// character and one index stays attached (a race here is a ThreadSanitizer report).
+TEST(TPXStringIndex, ConcurrentFirstReadersAgree) {
+  const std::string text = LongMixed(200000);
+  const std::vector<int> at = Offsets(text);
+  const int last = int(at.size()) - 2;
+  const std::string expected = text.substr(at[last]);
+  const TPXString s(text.c_str());
+  std::atomic<bool> go{false};
+  std::vector<std::string> seen(4);
+  std::vector<std::thread> readers;
+  for (std::string& out : seen)
+    readers.emplace_back([&] {
+      while (!go.load()) std::this_thread::yield();
+      out = s[unsigned(last)].CastToCharPtr();
+    });
+  go = true;
+  for (std::thread& t : readers) t.join();
+  for (const std::string& out : seen) EXPECT_EQ(expected, out);
+  EXPECT_NE(nullptr, IndexProbe::Of(s));
+}
+
+// Without memory for an index, positions are walked: the same answers.
+TEST(TPXStringIndex, NoMemoryForTheIndexStillGivesPositions) {
+  const std::string text = LongMixed(10000);
+  const TPXString s(text.c_str());
+  kld_test::AllocationFailureGuard noAllocation(0);
+  ExpectPositions(s, text, false);
+  EXPECT_EQ(nullptr, IndexProbe::Of(s));
+}
+
 TEST(TPXStringDeathTest, BrokenPositionsAreFatal) {
   const TPXString ascii("abc");
   const TPXString mixed(kMixed);
@@ -342,6 +507,10 @@ TEST(TPXStringDeathTest, BrokenPositionsAreFatal) {
                "AssertionFailed:iPos >=0 \\[TPXBase/TPXBasString.m/src/TPXString:[0-9]+\\]");
   EXPECT_DEATH((void)ascii[4], "AssertionFailed:iPos <= atr_StringBase::Length\\(\\)");
   EXPECT_DEATH((void)mixed[6], "AssertionFailed:iPos == 0");
+  const TPXString indexed(LongMixed(20000).c_str());
+  const unsigned chars = unsigned(indexed.GetLengthInChar());  // builds the index
+  EXPECT_DEATH((void)indexed[chars + 1], "AssertionFailed:iPos == 0");
+  EXPECT_DEATH((void)(indexed.Begin() + int(chars + 1)), "AssertionFailed:NotDone\\(\\)");
   EXPECT_DEATH(++mixed.End(), "AssertionFailed:NotDone\\(\\)");
   EXPECT_DEATH(
       (void)(ascii.Begin() + 4),

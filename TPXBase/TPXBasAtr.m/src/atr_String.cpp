@@ -75,15 +75,12 @@ atr_String operator+(atr_String left, const atr_String& right) {
   return left;
 }
 
-atr_String& atr_String::Append(const atr_String& other) {
-  atr_StringBase::Append(other);
-  return *this;
-}
-
-atr_String atr_String::Substr(unsigned int start, unsigned int n) const {
+atr_String atr_String::SubstrElsewhere(unsigned int start, unsigned int n) const {
   const unsigned length = Length();
   KLD_ASSERT((start <= length) && "Substr: start out of range");
-  return atr_String(CStr() + start, Min(Min(length - start, n), kLargest));
+  atr_String part;
+  part.replicate(CStr() + start, static_cast<int>(Min(Min(length - start, n), kLargest)), 0);
+  return part;
 }
 
 atr_String atr_String::extract(unsigned int n, char separator) const {

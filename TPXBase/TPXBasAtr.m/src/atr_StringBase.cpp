@@ -15,11 +15,6 @@ static constexpr const char kAssertPath[] = "TPXBase/TPXBasAtr.m/src/atr_StringB
 
 namespace {
 
-// Size classes 0 to 7 live in one block with their header: 32 to 256 bytes.
-constexpr int kLargestSizeClass = 7;
-
-int SizeClass(int len) { return static_cast<int>((static_cast<long long>(len) + 17) >> 5); }
-
 using NumberBuffer = char[80];
 
 template <class T>
@@ -55,42 +50,44 @@ void atr_StringRep::operator delete(void* block, int) { mem_Free(block); }
 // Storage primitives.
 // ---------------------------------------------------------------------------------------------
 
-void atr_StringBase::allocate(int len, int length) {
+// allocate's work, inline for the primitives of this file.
+inline void atr_StringBase::NewStorage(int len, int length) {
   if (len < 0) len = 0;
-  const int n = SizeClass(len);
-  if (n <= kLargestSizeClass) {
-    atr_StringRep* rep = new (n) atr_StringRep(32 * n + 20, length);
-    m_StringRep = rep;
-    m_Buff = rep->InlineText();
+  if (len <= kLongestInline) {
+    m_StringRep = NewBlock(len, length);
+    m_Buff = m_StringRep->InlineText();
     return;
   }
   if (len >= ATR_TO_END) throw std::bad_alloc();  // no room for the terminator
-  atr_StringRep* rep = new atr_StringRep(len + 1, length);
-  char* buff;
+  atr_StringRep* rep = new atr_StringRepAlone(len + 1, length);
+  char* text;
   try {
-    buff = new (mem_BuiltInAlloc{}) char[static_cast<std::size_t>(len) + 1];
+    text = new (mem_BuiltInAlloc{}) char[static_cast<std::size_t>(len) + 1];
   } catch (...) {
-    release(rep, length, 0);
+    atr_ReleaseHeader(rep, length, 0);
     throw;
   }
   m_StringRep = rep;
-  m_Buff = buff;
+  m_Buff = text;
 }
+
+void atr_StringBase::allocate(int len, int length) { NewStorage(len, length); }
 
 // New storage is allocated before the old header is given up, so that an allocation failure
 // leaves the string as it was. The statistics see the release first, as for an in-place swap.
 void* atr_StringBase::get(int n) {
   atr_StringRep* const rep = m_StringRep;
   if (rep == nullptr) {
-    allocate(n, 0);
+    NewStorage(n, 0);
     return nullptr;
   }
   if (rep->References() > 1) {
-    allocate(n, 0);
+    NewStorage(n, 0);
     rep->Decrement();  // the other sharers keep the old text alive
     return nullptr;
   }
   const int capacity = rep->Capacity();
+  DropIndex();  // the text is rewritten in place or moves
   if (capacity > n) return nullptr;
   char* const old = m_Buff;
   atr_Statistician* const stats = atr_Statistician::Current();
@@ -99,11 +96,11 @@ void* atr_StringBase::get(int n) {
       stats->Extend();
       stats->Release(rep->Length(), capacity);
     }
-    allocate(n, 0);
+    NewStorage(n, 0);
     return rep;  // the block holds the old text
   }
   if (stats != nullptr) stats->Release(rep->Length(), 0);
-  allocate(n, 0);
+  NewStorage(n, 0);
   if (capacity != 0) {
     mem_Free(rep);
     return old;  // long or adopted buffer
@@ -114,7 +111,7 @@ void* atr_StringBase::get(int n) {
 void atr_StringBase::isolate(int n) {
   atr_StringRep* const rep = m_StringRep;
   if (rep == nullptr) {
-    allocate(n, 0);
+    NewStorage(n, 0);
     m_Buff[0] = ATR_EOS;
     return;
   }
@@ -122,21 +119,22 @@ void atr_StringBase::isolate(int n) {
   const int wanted = n > length ? n : length;
   char* const old = m_Buff;
   if (rep->References() > 1) {
-    allocate(wanted, length);
+    NewStorage(wanted, length);
     std::memcpy(m_Buff, old, static_cast<std::size_t>(length));
     m_Buff[length] = ATR_EOS;
     rep->Decrement();
     return;
   }
   const int capacity = rep->Capacity();
+  DropIndex();  // the caller writes the text in place, or it moves
   if (capacity > wanted) return;
   const bool inlineStorage = IsInline();
-  allocate(wanted, length);
+  NewStorage(wanted, length);
   atr_Statistician* const stats = atr_Statistician::Current();
   if (inlineStorage && stats != nullptr) stats->Extend();
   std::memcpy(m_Buff, old, static_cast<std::size_t>(length));
   m_Buff[length] = ATR_EOS;
-  release(rep, length, inlineStorage ? capacity : 0);
+  atr_ReleaseHeader(rep, length, inlineStorage ? capacity : 0);
   if (!inlineStorage && capacity != 0) mem_Free(old);
 }
 
@@ -146,26 +144,52 @@ bool atr_StringBase::extend(int) {
 }
 
 void atr_StringBase::replicate(const char* text, int len, int n) {
-  allocate(n != 0 ? n : len, len);
+  NewStorage(n != 0 ? n : len, len);
   if (len > 0) std::memcpy(m_Buff, text, static_cast<std::size_t>(len));
   m_Buff[len] = ATR_EOS;
 }
 
 void atr_StringBase::release(atr_StringRep* rep, int length, int capacity) {
-  if (atr_Statistician* stats = atr_Statistician::Current()) stats->Release(length, capacity);
-  mem_Free(rep);
+  atr_ReleaseHeader(rep, length, capacity);
 }
 
 void atr_StringBase::Delete() {
   KLD_ASSERT(m_StringRep && m_StringRep->References() >= 0);
   int capacity = m_StringRep->Capacity();
+  DropIndex();
   if (!IsInline() && capacity != 0) {
     mem_Free(m_Buff);
     capacity = 0;
   }
-  release(m_StringRep, m_StringRep->Length(), capacity);
+  atr_ReleaseHeader(m_StringRep, m_StringRep->Length(), capacity);
   m_StringRep = nullptr;
   m_Buff = nullptr;
+}
+
+void atr_StringBase::DropIndex() {
+  if (m_StringRep == nullptr || IsInline()) return;
+  auto* const alone = static_cast<atr_StringRepAlone*>(m_StringRep);
+  mem_Free(alone->m_index.exchange(nullptr, std::memory_order_relaxed));
+}
+
+const void* atr_StringBase::AttachedIndex() const {
+  if (m_StringRep == nullptr || IsInline()) return nullptr;
+  return static_cast<const atr_StringRepAlone*>(m_StringRep)
+      ->m_index.load(std::memory_order_acquire);
+}
+
+const void* atr_StringBase::AttachIndex(void* index) const {
+  if (m_StringRep == nullptr || IsInline()) {
+    mem_Free(index);
+    return nullptr;
+  }
+  auto* const alone = static_cast<atr_StringRepAlone*>(m_StringRep);
+  void* expected = nullptr;
+  if (alone->m_index.compare_exchange_strong(expected, index, std::memory_order_acq_rel,
+                                             std::memory_order_acquire))
+    return index;
+  mem_Free(index);  // another reader was first
+  return expected;
 }
 
 void atr_StringBase::DropHeader() {
@@ -193,9 +217,21 @@ const char* atr_StringBase::EmptyText() {
   return empty;
 }
 
-void atr_StringBase::Initialize() { atr_Statistician::Start(); }
+bool atr_StringBase::s_statistics = false;
 
-void atr_StringBase::Finalize() { atr_Statistician::Stop(); }
+void atr_StringBase::CountBlock(int capacity) {
+  if (atr_Statistician* stats = atr_Statistician::Current()) stats->Allocate(capacity);
+}
+
+void atr_StringBase::Initialize() {
+  atr_Statistician::Start();
+  s_statistics = atr_Statistician::Current() != nullptr;
+}
+
+void atr_StringBase::Finalize() {
+  atr_Statistician::Stop();
+  s_statistics = false;
+}
 
 // ---------------------------------------------------------------------------------------------
 // Construction and assignment.
@@ -254,7 +290,7 @@ int atr_StringBase::NormaliseExponent(char* text, int len) {
 atr_StringBase::atr_StringBase(char* buffer, int len, AdoptEnm) {
   // Ownership passes at the call: should the header fail, the buffer is not leaked.
   try {
-    m_StringRep = new atr_StringRep(len + 1, len);
+    m_StringRep = new atr_StringRepAlone(len + 1, len);
   } catch (...) {
     mem_Free(buffer);
     throw;
@@ -263,7 +299,7 @@ atr_StringBase::atr_StringBase(char* buffer, int len, AdoptEnm) {
 }
 
 atr_StringBase::atr_StringBase(const char* text, int len, BorrowEnm)
-    : m_Buff(const_cast<char*>(text)), m_StringRep(new atr_StringRep(0, len)) {}
+    : m_Buff(const_cast<char*>(text)), m_StringRep(new atr_StringRepAlone(0, len)) {}
 
 atr_StringBase::atr_StringBase(int n, PreSizeEnm) {
   allocate(n, 0);
@@ -314,13 +350,12 @@ int atr_StringBase::Compare(const char* text) const {
   return order < 0 ? -1 : (order > 0 ? 1 : 0);
 }
 
-int atr_StringBase::Find(const char* text, int start) const {
-  if (m_StringRep == nullptr) return 0;
+int atr_StringBase::FindBytes(const char* text, std::size_t textLength, int start) const {
   const int length = Length();
-  if (text == nullptr || start < 0 || start > length) return length;
-  const void* hit =
-      memmem(m_Buff + start, static_cast<std::size_t>(length - start), text, std::strlen(text));
-  return hit != nullptr ? static_cast<int>(static_cast<const char*>(hit) - m_Buff) : length;
+  if (start < 0 || start > length) return length;
+  const char* hit =
+      atr_FindBytes(m_Buff + start, static_cast<std::size_t>(length - start), text, textLength);
+  return hit != nullptr ? static_cast<int>(hit - m_Buff) : length;
 }
 
 int atr_StringBase::rfind(const char* text, int textLength, int limit) const {
@@ -328,10 +363,10 @@ int atr_StringBase::rfind(const char* text, int textLength, int limit) const {
   if (text == nullptr || textLength <= 0 || limit == 0) return length;
   int found = length;
   for (int from = 0; from < length;) {
-    const void* hit = memmem(m_Buff + from, static_cast<std::size_t>(length - from), text,
-                             static_cast<std::size_t>(textLength));
+    const char* hit = atr_FindBytes(m_Buff + from, static_cast<std::size_t>(length - from), text,
+                                    static_cast<std::size_t>(textLength));
     if (hit == nullptr) break;
-    const int position = static_cast<int>(static_cast<const char*>(hit) - m_Buff);
+    const int position = static_cast<int>(hit - m_Buff);
     if (position > limit) break;
     found = position;
     from = position + 1;
@@ -372,6 +407,7 @@ atr_StringBase& atr_StringBase::SetStringLength(int len) {
                                   : m_StringRep->Capacity() != 0 ? m_StringRep->Capacity()
                                                                  : m_StringRep->Length() + 1};
   KLD_ASSERT(m_StringRep && m_Buff[len] == ATR_EOS);
+  DropIndex();
   m_StringRep->SetLength(len);
   return *this;
 }

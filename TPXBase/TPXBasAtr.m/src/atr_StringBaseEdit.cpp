@@ -45,7 +45,7 @@ int IsLower(int c) { return std::islower(c); }
 
 }  // namespace
 
-atr_StringBase& atr_StringBase::append(const char* text, int clenIn, int startIn, int n) {
+atr_StringBase& atr_StringBase::AppendElsewhere(const char* text, int clenIn, int startIn, int n) {
   const unsigned clen = clenIn > 0 && text != nullptr ? static_cast<unsigned>(clenIn) : 0;
   const unsigned start = static_cast<unsigned>(startIn);
   KLD_ASSERT((start <= clen) && "Append: start out of range");
@@ -64,12 +64,6 @@ atr_StringBase& atr_StringBase::append(const char* text, int clenIn, int startIn
   m_Buff[newLength] = ATR_EOS;
   return *this;
 }
-
-atr_StringBase& atr_StringBase::Append(const atr_StringBase& other) {
-  return append(other.CStr(), other.Length(), 0, ATR_TO_END);
-}
-
-atr_StringBase& atr_StringBase::Append(const char* text, int n) { return append(text, n, 0, n); }
 
 atr_StringBase& atr_StringBase::insert(int start1In, const char* text, int slenIn, int start2In,
                                        int n) {
