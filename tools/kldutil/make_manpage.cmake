@@ -45,6 +45,7 @@ endforeach()
 string(APPEND page ".SH EXIT STATUS
 0 success, 1 bad input found, 2 usage error or a file that cannot be read.
 .SH SEE ALSO
+.BR kld_demo (1);
 docs/kldutil.md in the library's sources.
 ")
 file(WRITE ${OUTPUT} "${page}")
