@@ -161,7 +161,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int number = values.Take<int>();
   AgreeAll<const char*, const char*, int>(format, word.c_str(), other.c_str(), number);
   AgreeAll<int, const char*>(format, number, word.c_str());
-  AgreeAll<int, int, int, const char*>(format, number, -number, values.Take<int>(), "");
+  AgreeAll<int, int, int, const char*>(format, number, ~number, values.Take<int>(), "");
   AgreeAll<const char*>(format, static_cast<const char*>(nullptr));
   // With no conversion in the text, formatting only folds "%%" and drops a final "%".
   if (format.find('%') == std::string::npos && format.find("\\@") == std::string::npos &&
