@@ -11,6 +11,7 @@
 // The record is derived from an atr_translate that the general path built, and a call takes
 // the direct path only when the general path would copy each argument unchanged (see
 // Takes), so both give the same bytes.
+#include "atr_decimal.h"
 #include "atr_dictionary.h"
 #include "atr_translate.h"
 #include "mem_Alloc.h"
@@ -75,17 +76,6 @@ bool Takes(const atr_detail::DirectArg& a, char letter, bool bare) {
   return letter == 's' || (bare && (letter == 'd' || letter == 'u'));
 }
 
-/// Writes value in decimal ending at end; gives where it starts.
-char* Decimal(char* end, unsigned long long magnitude, bool negative) {
-  char* p = end;
-  do {
-    *--p = static_cast<char>('0' + magnitude % 10);
-    magnitude /= 10;
-  } while (magnitude != 0);
-  if (negative) *--p = '-';
-  return p;
-}
-
 }  // namespace
 
 atr_DirectProgram* atr_DirectProgram::Make(const char* text, const atr_translate& message) {
@@ -146,7 +136,7 @@ bool atr_FormatDirect(const char* text, const atr_detail::DirectArg* args, int c
 
   // Each placeholder's bytes: the text itself, or the number written into numbers.
   constexpr int kInline = 8;
-  char numbers[kInline][24];
+  char numbers[kInline][atr_decimal::kLongest];
   const char* value[kInline];
   size_t length[kInline];
   if (count > kInline) return false;
@@ -158,12 +148,9 @@ bool atr_FormatDirect(const char* text, const atr_detail::DirectArg* args, int c
       length[i] = std::strlen(a.text);
     } else {
       char* end = numbers[i] + sizeof numbers[i];
-      const bool asUnsigned = letter[i] == 'u';
-      const unsigned long long magnitude =
-          asUnsigned     ? static_cast<unsigned int>(a.number)
-          : a.number < 0 ? 0ull - static_cast<unsigned long long>(static_cast<long long>(a.number))
-                         : static_cast<unsigned long long>(a.number);
-      value[i] = Decimal(end, magnitude, !asUnsigned && a.number < 0);
+      value[i] = letter[i] == 'u'
+                     ? atr_decimal::Write(end, static_cast<unsigned int>(a.number), false)
+                     : atr_decimal::WriteSigned(end, a.number);
       length[i] = static_cast<size_t>(end - value[i]);
     }
     total += length[i] + static_cast<size_t>(program->PieceLength()[i]);

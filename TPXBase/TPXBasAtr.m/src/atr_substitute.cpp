@@ -1,4 +1,5 @@
 // atr_substitute.cpp: formatting one argument for the conversion that receives it.
+#include "atr_decimal.h"
 #include "atr_translate.h"
 #include "mem_Alloc.h"
 
@@ -91,21 +92,17 @@ void Put(atr_translate& message, int n, const char* format, T value, bool fixExp
 /// Writes a decimal number straight into the substitution: what "%d", "%u" and their 64-bit
 /// forms give without flags, width or precision.
 void PutDecimal(atr_translate& message, int n, unsigned long long magnitude, bool negative) {
-  char buffer[24];
+  char buffer[atr_decimal::kLongest];
   char* const end = buffer + sizeof(buffer);
-  char* p = end;
-  do {
-    *--p = static_cast<char>('0' + magnitude % 10);
-    magnitude /= 10;
-  } while (magnitude != 0);
-  if (negative) *--p = '-';
+  const char* p = atr_decimal::Write(end, magnitude, negative);
   message.SetSubstitution(n, p, static_cast<int>(end - p));
 }
 
 void PutSigned(atr_translate& message, int n, long long value) {
-  const unsigned long long magnitude = value < 0 ? 0ull - static_cast<unsigned long long>(value)
-                                                 : static_cast<unsigned long long>(value);
-  PutDecimal(message, n, magnitude, value < 0);
+  char buffer[atr_decimal::kLongest];
+  char* const end = buffer + sizeof(buffer);
+  const char* p = atr_decimal::WriteSigned(end, value);
+  message.SetSubstitution(n, p, static_cast<int>(end - p));
 }
 
 /// True for a conversion that is "%" and its letter only.
